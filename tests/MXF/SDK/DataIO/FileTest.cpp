@@ -1,0 +1,148 @@
+#include "DataIOTestSupport.h"
+#include "MXF/SDK/DataIO/Adapters.h"
+#include "MXF/SDK/DataIO/File/FileDataSink.h"
+#include "MXF/SDK/DataIO/File/FileDataSource.h"
+#include "MXF/SDK/DataIO/SliceReader.h"
+#include "TestSupport.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+using namespace Halvorn::Test;
+using MXF::SDK::DataIO::File::FileDataSink;
+using MXF::SDK::DataIO::File::FileDataSource;
+namespace Exceptions = MXF::SDK::Exceptions;
+
+TEST(File, WrittenBytesReadBackUnderANonAsciiName)
+{
+    TempDir dir;
+    const std::wstring path = dir.file(L"Caf\u00e9 \u2013 \u65e5\u672c.mxf");
+    const auto bytes = patternBytes(100000);
+    {
+        FileDataSink sink(path, false);
+        sink.write(bytes.data(), 60000);
+        sink.write(bytes.data() + 60000, 40000);
+        EXPECT_EQ(sink.position(), 100000u);
+    }
+    FileDataSource source(path, 0);
+    EXPECT_EQ(source.remaining(), 100000u);
+    std::vector<std::uint8_t> got(150000);
+    EXPECT_EQ(source.read(got.data(), got.size()), 100000u) << "short read at the end";
+    got.resize(100000);
+    EXPECT_EQ(got, bytes);
+    EXPECT_TRUE(source.eof());
+    EXPECT_EQ(source.read(got.data(), 1), 0u);
+}
+
+TEST(File, SeekPastTheEndLandsAtTheEnd)
+{
+    TempDir dir;
+    const std::wstring path = dir.file(L"seek.bin");
+    std::ofstream(dir.path() / "seek.bin") << "0123456789";
+    FileDataSource source(path, 4096);
+    EXPECT_EQ(source.seek(1000), 10u);
+    EXPECT_TRUE(source.eof());
+    EXPECT_EQ(source.seek(3), 3u);
+    EXPECT_EQ(source.skip(4), 4u);
+    char c = 0;
+    source.read(&c, 1);
+    EXPECT_EQ(c, '7');
+    EXPECT_EQ(source.skip(100), 2u);
+    EXPECT_EQ(source.skipToEnd(), 10u);
+}
+
+TEST(File, AppendStartsAtTheEndAndRewritesCanReturnToTheOldEnd)
+{
+    TempDir dir;
+    const std::wstring path = dir.file(L"append.bin");
+    std::ofstream(dir.path() / "append.bin") << std::string(100, 'a');
+    {
+        FileDataSink sink(path, true);
+        EXPECT_EQ(sink.position(), 100u);
+        sink.write("bbbbbbbbbb", 10);
+        EXPECT_EQ(sink.seek(10), 10u);
+        sink.write("cccccccccc", 10); // a header rewrite in place
+        // The sink counts rewritten bytes into its size, so it can seek back to the true end.
+        EXPECT_EQ(sink.seek(110), 110u);
+        sink.write("d", 1);
+        EXPECT_EQ(sink.position(), 111u);
+    }
+    std::ifstream in(dir.path() / "append.bin", std::ios::binary);
+    const std::string content((std::istreambuf_iterator<char>(in)), {});
+    EXPECT_EQ(content, std::string(10, 'a') + std::string(10, 'c') + std::string(80, 'a') +
+                           std::string(10, 'b') + "d");
+}
+
+TEST(File, OffsetsPastFourGigabytes)
+{
+    TempDir dir;
+    const std::wstring path = dir.file(L"big.bin");
+    constexpr UInt64 FOUR_GIB = UInt64(1) << 32;
+    {
+        std::ofstream touch(dir.path() / "big.bin");
+    }
+    std::filesystem::resize_file(dir.path() / "big.bin", FOUR_GIB + 1000); // sparse
+    {
+        FileDataSink sink(path, true);
+        EXPECT_EQ(sink.position(), FOUR_GIB + 1000);
+        sink.write("tail", 4);
+        EXPECT_EQ(sink.seek(FOUR_GIB + 100), FOUR_GIB + 100);
+        sink.write("mark", 4);
+    }
+    EXPECT_EQ(std::filesystem::file_size(dir.path() / "big.bin"), FOUR_GIB + 1004);
+    FileDataSource source(path);
+    EXPECT_EQ(source.remaining(), FOUR_GIB + 1004);
+    char buffer[4];
+    EXPECT_EQ(source.seek(FOUR_GIB + 100), FOUR_GIB + 100);
+    EXPECT_EQ(source.read(buffer, 4), 4u);
+    EXPECT_EQ(std::string(buffer, 4), "mark");
+    EXPECT_EQ(source.skip(896), 896u);
+    EXPECT_EQ(source.read(buffer, 4), 4u);
+    EXPECT_EQ(std::string(buffer, 4), "tail");
+    EXPECT_EQ(source.position(), FOUR_GIB + 1004);
+
+    // The same through slices.
+    source.seek(FOUR_GIB + 98);
+    SliceSourceDataAdapter adapter(source, 3);
+    SliceReader reader(&adapter, false);
+    reader.skip(2);
+    EXPECT_EQ(reader.readUInt32(), 0x6d61726bu); // "mark"
+    EXPECT_EQ(reader.position(), FOUR_GIB + 104);
+}
+
+TEST(File, OpenFailuresNameThePathAndTheReason)
+{
+    TempDir dir;
+    const std::wstring missing = dir.file(L"n\u00e9ant.mxf");
+    try
+    {
+        FileDataSource source(missing);
+        FAIL() << "no exception";
+    }
+    catch (const Exceptions::IOError& e)
+    {
+        EXPECT_EQ(e.message(),
+                  L"file_ != 0: Error opening: '" + missing + L"'. No such file or directory");
+    }
+    EXPECT_THROW(FileDataSink(missing, true), Exceptions::IOError) << "append needs the file";
+    EXPECT_THROW(FileDataSink(dir.file(L"no/such/folder.mxf"), false), Exceptions::IOError);
+}
+
+TEST(File, WriteFailureLeavesPositionAlone)
+{
+    if (!std::filesystem::exists("/dev/full"))
+        GTEST_SKIP() << "no /dev/full";
+    FileDataSink sink(L"/dev/full", false, 0);
+    try
+    {
+        sink.write("x", 1);
+        FAIL() << "no exception";
+    }
+    catch (const Exceptions::IOError& e)
+    {
+        EXPECT_EQ(e.message(),
+                  L"writeResult == howMuch: Error writing to file. No space left on device");
+    }
+    EXPECT_EQ(sink.position(), 0u);
+}

@@ -1,0 +1,66 @@
+#!/usr/bin/env bash
+# Writes what mediainfo and ffprobe say about every fixture into expected/.
+# These tools are the independent reference our parser is tested against, so
+# nothing here uses code of ours.
+#
+#   make-expectations.sh [DIR]     DIR holds the *.mxf fixtures (default: this dir)
+#
+# Per fixture NAME.mxf:
+#   expected/NAME.mediainfo-trace.txt   mediainfo --Details=1 (KLV trace)
+#   expected/NAME.mediainfo.json        mediainfo --Output=JSON, file dates dropped
+#   expected/NAME.ffprobe.json          ffprobe -show_streams -show_format
+#   expected/NAME.ffprobe-packets.csv   one line per packet: stream,pts,dts,duration,size,pos,flags
+#   expected/NAME.ffprobe-stderr.txt    ffprobe's complaints (damaged files only)
+#   expected/NAME.klv.txt               top-level KLV items, from the trace
+#   expected/NAME.partitions.txt        partition packs, from the trace
+set -euo pipefail
+
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+dir=${1:-$here}
+
+command -v mediainfo >/dev/null || { echo "mediainfo not found" >&2; exit 1; }
+command -v ffprobe >/dev/null || { echo "ffprobe not found" >&2; exit 1; }
+
+cd "$dir"
+mkdir -p expected
+
+# File dates change with every checkout; everything else must stay stable.
+drop_dates() {
+  python3 -c '
+import json, sys
+doc = json.load(sys.stdin)
+for track in doc.get("media", {}).get("track", []):
+    for k in [k for k in track if k.startswith(("File_Modified_Date", "File_Created_Date"))]:
+        del track[k]
+json.dump(doc, sys.stdout, indent=2, ensure_ascii=False)
+print()
+'
+}
+
+for f in *.mxf; do
+  name=${f%.mxf}
+  e=expected/$name
+  rm -f "$e".*
+  # Relative names keep the outputs free of the checkout path.
+  mediainfo --Details=1 "$f" >"$e.mediainfo-trace.txt" ||
+    echo "warning: mediainfo --Details=1 $f exited $?" >&2
+  mediainfo --Output=JSON "$f" | drop_dates >"$e.mediainfo.json"
+  rc=0
+  ffprobe -v error -show_streams -show_format -of json "$f" \
+    >"$e.ffprobe.json" 2>"$e.stderr.tmp" || rc=$?
+  [[ $rc -eq 0 ]] || echo "ffprobe exit status $rc" >>"$e.stderr.tmp"
+  # ffprobe gives no frame counts for MXF; its packet list does, with the
+  # file position of every element (for OP-Atom: inside the clip KLV).
+  rc=0
+  ffprobe -v error -show_entries packet=stream_index,pts,dts,duration,size,pos,flags \
+    -of csv=p=0 "$f" >"$e.ffprobe-packets.csv" 2>>"$e.stderr.tmp" || rc=$?
+  [[ $rc -eq 0 ]] || echo "ffprobe (packets) exit status $rc" >>"$e.stderr.tmp"
+  # Log lines carry a heap address ("[mxf @ 0x55...]") that changes per run.
+  sed -E 's/ @ 0x[0-9a-f]+\]/]/' "$e.stderr.tmp" >"$e.ffprobe-stderr.txt"
+  rm -f "$e.stderr.tmp"
+  [[ -s "$e.ffprobe-stderr.txt" ]] || rm -f "$e.ffprobe-stderr.txt"
+  python3 "$here/mediainfo-klv-list.py" "$e.mediainfo-trace.txt" \
+    --klv "$e.klv.txt" --partitions "$e.partitions.txt"
+  printf '%-32s %5d KLV items, %d partition packs\n' "$f" \
+    "$(grep -vc '^#' "$e.klv.txt")" "$(grep -vc '^#' "$e.partitions.txt")"
+done
