@@ -20,7 +20,7 @@ std::wstring fromUtf8(std::string_view text);
 std::FILE* fileOpen(const std::wstring& path, const char* mode);
 // -1 on failure.
 Int64 fileLength(std::FILE* file);
-// Flushes and moves; true if the position reached is at least `position`.
+// Writes out pending output and moves; true if the position reached is at least `position`.
 bool fileSeek(std::FILE* file, UInt64 position);
 // A POSIX descriptor: read-only, or read-write and created if missing. Throws IOError
 // "Error opening file: ('<path>'): <system message>" on failure.

@@ -140,12 +140,10 @@ bool fileSeek(std::FILE* file, UInt64 position)
 {
     if (position > static_cast<UInt64>(INT64_MAX))
         return false;
-    if (std::fflush(file) != 0)
-        return false;
-    if (::fseeko(file, static_cast<off_t>(position), SEEK_SET) != 0)
-        return false;
-    const off_t reached = ::ftello(file);
-    return reached >= 0 && static_cast<UInt64>(reached) >= position;
+    // fseeko writes out pending output itself, and keeps the read buffer when the target lies
+    // inside it: a forward skip over a small value then costs no system call.
+    // A successful SEEK_SET is exactly there; asking ftello would cost an lseek on every call.
+    return ::fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0;
 }
 
 int openDescriptor(const std::wstring& path, bool readOnly)

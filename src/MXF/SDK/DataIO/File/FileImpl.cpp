@@ -3,10 +3,13 @@
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/Platform/Platform.h"
 
+#include <string_view>
+
 namespace MXF::SDK::DataIO::File
 {
 
 FileImpl::FileImpl(const std::wstring& path, const char* mode, Platform::Int32 bufferSize)
+    : readOnly_(mode[0] == 'r' && std::string_view(mode).find('+') == std::string_view::npos)
 {
     file_ = Platform::fileOpen(path, mode);
     MXF_SDK_CHECK(file_ != 0, L"Error opening: '" + path + L"'. " + Platform::lastErrorText(),
@@ -25,11 +28,15 @@ FileImpl::FileImpl(const std::wstring& path, const char* mode, Platform::Int32 b
                                  Platform::lastErrorText(),
                              Exceptions::InvalidValue);
         else if (bufferSize > 0)
-            MXF_SDK_CHECK_AS(::setvbuf(file_, 0, _IOFBF, static_cast<size_t>(bufferSize)) == 0,
-                             "::setvbuf (file_, 0, _IOFBF, bufferSize) == 0",
-                             L"Error setting buffering mode in file: '" + path + L"'. " +
-                                 Platform::lastErrorText(),
-                             Exceptions::InvalidValue);
+        {
+            streamBuffer_ = std::make_unique<char[]>(static_cast<std::size_t>(bufferSize));
+            MXF_SDK_CHECK_AS(
+                ::setvbuf(file_, streamBuffer_.get(), _IOFBF, static_cast<size_t>(bufferSize)) == 0,
+                "::setvbuf (file_, 0, _IOFBF, bufferSize) == 0",
+                L"Error setting buffering mode in file: '" + path + L"'. " +
+                    Platform::lastErrorText(),
+                Exceptions::InvalidValue);
+        }
     }
     catch (...)
     {
@@ -76,10 +83,33 @@ UInt64 FileImpl::seek(UInt64 position)
     const UInt64 end = position_ + remaining();
     if (position > end)
         position = end;
+    if (readOnly_ && position > position_ && position - position_ <= MAX_SKIP_BY_READ &&
+        skipByRead(position - position_))
+        return position_;
     MXF_SDK_CHECK_AS(Platform::fileSeek(file_, position), "Platform::fileSeek (file_, position)",
                      L"Error seeking. " + Platform::lastErrorText(), Exceptions::IOError);
     position_ = position;
     return position_;
+}
+
+bool FileImpl::skipByRead(UInt64 distance)
+{
+    constexpr std::size_t CHUNK = 16 * 1024;
+    if (!scratch_)
+        scratch_ = std::make_unique<char[]>(CHUNK);
+    while (distance > 0)
+    {
+        const std::size_t want = distance < CHUNK ? std::size_t(distance) : CHUNK;
+        const std::size_t got = std::fread(scratch_.get(), 1, want, file_);
+        position_ += got;
+        distance -= got;
+        if (got < want)
+        {
+            std::clearerr(file_);
+            return false; // the seek that follows says what went wrong
+        }
+    }
+    return true;
 }
 
 } // namespace MXF::SDK::DataIO::File

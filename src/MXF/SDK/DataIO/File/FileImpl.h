@@ -3,6 +3,7 @@
 #include "MXF/SDK/Platform/Types.h"
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
 namespace MXF::SDK::DataIO::File
@@ -27,6 +28,16 @@ public:
     virtual UInt64 remaining() const { return size_ - position_; }
 
 private:
+    // Forward skips up to this far read through the stream's buffer instead of seeking: walking
+    // the items of a file skips one small value after another, and glibc pays an lseek for every
+    // fseeko.
+    static constexpr UInt64 MAX_SKIP_BY_READ = 64 * 1024;
+    bool skipByRead(UInt64 distance);
+
+    bool readOnly_;
+    std::unique_ptr<char[]> scratch_;
+    // glibc ignores the size of setvbuf without a buffer of the caller's, so we give it one.
+    std::unique_ptr<char[]> streamBuffer_;
     UInt64 position_ = 0;
     UInt64 size_ = 0;
     std::FILE* file_ = nullptr;

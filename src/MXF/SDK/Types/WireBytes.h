@@ -1,0 +1,81 @@
+#pragma once
+
+#include "Allocation.h"
+#include "MXF/SDK/Platform/Types.h"
+
+#include <array>
+#include <cstddef>
+#include <type_traits>
+
+namespace MXF::SDK::DataIO
+{
+class DataSource;
+class BoundedDataSource;
+} // namespace MXF::SDK::DataIO
+
+// Wire forms: bytes in file order, read from sources and converted on the way out.
+namespace MXF::SDK::Types::Internal
+{
+
+using Platform::Byte;
+
+template <typename T>
+T readBigEndian(const Byte* bytes) noexcept
+{
+    using U = std::make_unsigned_t<T>;
+    U value = 0;
+    for (std::size_t i = 0; i < sizeof(T); ++i)
+        value = static_cast<U>((value << 8) | bytes[i]);
+    return static_cast<T>(value);
+}
+
+template <typename T>
+void writeBigEndian(T value, Byte* bytes) noexcept
+{
+    using U = std::make_unsigned_t<T>;
+    U bits = static_cast<U>(value);
+    for (std::size_t i = sizeof(T); i-- > 0;)
+    {
+        bytes[i] = static_cast<Byte>(bits & 0xFF);
+        bits = static_cast<U>(bits >> 8);
+    }
+}
+
+// Calls `read` until `size` bytes have arrived. A read that gives nothing before that throws
+// InvalidLength "Invalid data size in Value: N of M bytes".
+void readExact(DataIO::DataSource& source, void* buffer, Platform::UInt64 size);
+
+// Every remaining byte of the source. More than 32 bits of them throws InvalidLength "Type size
+// exceeded".
+ByteVector readRemaining(DataIO::BoundedDataSource& source);
+
+// The address `data` gives for a value of no bytes.
+const Byte* emptyBytes() noexcept;
+
+// N bytes of wire form, the Impl of most values of fixed size.
+template <std::size_t N>
+struct FixedBytes : ManagedObject
+{
+    std::array<Byte, N> bytes{};
+
+    FixedBytes() = default;
+    explicit FixedBytes(DataIO::DataSource& source) { readExact(source, bytes.data(), N); }
+
+    const Byte* data() const noexcept { return bytes.data(); }
+    static constexpr Platform::UInt16 size() noexcept { return N; }
+};
+
+// Wire form of a value of variable size.
+struct VariableBytes : ManagedObject
+{
+    ByteVector bytes;
+
+    VariableBytes() = default;
+    VariableBytes(const Byte* data, std::size_t size) : bytes(data, data + size) {}
+    explicit VariableBytes(ByteVector data) : bytes(std::move(data)) {}
+
+    const Byte* data() const noexcept { return bytes.empty() ? emptyBytes() : bytes.data(); }
+    Platform::UInt16 size() const;
+};
+
+} // namespace MXF::SDK::Types::Internal

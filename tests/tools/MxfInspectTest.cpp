@@ -1,0 +1,420 @@
+// mxf-inspect run as a program on the fixtures. Expectations come from MediaInfo's trace,
+// ffprobe's packets and damage-offsets.txt (tests/data), never from an earlier run of the tool.
+#include "TestSupport.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <map>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using namespace Halvorn::Test;
+
+namespace
+{
+
+std::string testData(const std::string& name)
+{
+    const char* dir = std::getenv("HALVORN_TEST_DATA");
+    return std::string(dir ? dir : "tests/data") + "/" + name;
+}
+
+std::string readFile(const std::filesystem::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+struct Outcome
+{
+    int status = -1; // exit status; -1 if killed
+    std::vector<std::string> lines;
+    std::string err;
+};
+
+// Runs the tool with a time limit: a hang is a failure, not a stuck test.
+Outcome inspect(const std::vector<std::string>& args)
+{
+    TempDir dir;
+    const auto outPath = dir.path() / "out";
+    const auto errPath = dir.path() / "err";
+    std::vector<char*> argv{const_cast<char*>(MXF_INSPECT_PATH)};
+    for (const std::string& a : args)
+        argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+
+    const pid_t child = ::fork();
+    if (child == 0)
+    {
+        const int out = ::open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        const int err = ::open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        ::dup2(out, 1);
+        ::dup2(err, 2);
+        ::execv(argv[0], argv.data());
+        ::_exit(127);
+    }
+    Outcome run;
+    int wstatus = 0;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (::waitpid(child, &wstatus, WNOHANG) == 0)
+    {
+        if (std::chrono::steady_clock::now() > deadline)
+        {
+            ::kill(child, SIGKILL);
+            ::waitpid(child, &wstatus, 0);
+            ADD_FAILURE() << "mxf-inspect did not finish within 60 s";
+            return run;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_TRUE(WIFEXITED(wstatus)) << "ended by signal " << WTERMSIG(wstatus);
+    run.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : -1;
+    std::istringstream out(readFile(outPath));
+    for (std::string line; std::getline(out, line);)
+        run.lines.push_back(line);
+    run.err = readFile(errPath);
+    return run;
+}
+
+std::string dotted(const std::string& hex)
+{
+    std::string out;
+    for (std::size_t i = 0; i < hex.size(); i += 2)
+        out += (i ? "." : "") + hex.substr(i, 2);
+    return out;
+}
+
+// "OFFSET KEY LENGTH_SIZE LENGTH [NAME]"
+struct Line
+{
+    unsigned long long offset = 0;
+    std::string key;
+    unsigned long long lengthSize = 0;
+    unsigned long long length = 0;
+    std::string name;
+
+    unsigned long long end() const { return offset + 16 + lengthSize + length; }
+};
+
+bool parseItem(const std::string& text, Line& line)
+{
+    static const std::regex ITEM(
+        R"(^(\d+) ((?:[0-9a-f]{2}\.){15}[0-9a-f]{2}) (\d) (\d+)(?: (.+))?$)");
+    std::smatch m;
+    if (!std::regex_match(text, m, ITEM))
+        return false;
+    line = {std::stoull(m[1]), m[2], std::stoull(m[3]), std::stoull(m[4]), m[5]};
+    return true;
+}
+
+struct Report
+{
+    std::vector<Line> items;
+    // Offset and size of each "OFFSET skipped N bytes" line.
+    std::vector<std::pair<unsigned long long, unsigned long long>> skipped;
+    unsigned long long count = 0;
+};
+
+Report parse(const Outcome& run)
+{
+    Report report;
+    EXPECT_FALSE(run.lines.empty());
+    if (run.lines.empty())
+        return report;
+    static const std::regex SKIPPED(R"(^(\d+) skipped (\d+) bytes$)");
+    static const std::regex COUNT(R"(^(\d+) items$)");
+    std::smatch m;
+    EXPECT_TRUE(std::regex_match(run.lines.back(), m, COUNT)) << run.lines.back();
+    report.count = std::stoull(m[1]);
+    for (std::size_t i = 0; i + 1 < run.lines.size(); ++i)
+    {
+        Line line;
+        if (parseItem(run.lines[i], line))
+            report.items.push_back(line);
+        else if (std::regex_match(run.lines[i], m, SKIPPED))
+            report.skipped.emplace_back(std::stoull(m[1]), std::stoull(m[2]));
+        else
+            ADD_FAILURE() << "unexpected line: " << run.lines[i];
+    }
+    EXPECT_EQ(report.count, report.items.size());
+    return report;
+}
+
+bool oneLine(const std::string& text)
+{
+    return !text.empty() && text.find('\n') == text.size() - 1;
+}
+
+// MediaInfo's names for the kinds of item, mapped to ours.
+std::string ourName(const std::string& mediaInfo)
+{
+    static const std::regex PARTITION(
+        R"(^(Open|Closed) and (Complete|Incomplete) (Header|Body|Footer) Partition Pack$)");
+    std::smatch m;
+    if (std::regex_match(mediaInfo, m, PARTITION))
+    {
+        std::string name = m[3].str() + " partition " + m[1].str() + " " + m[2].str();
+        for (char& c : name)
+            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return name;
+    }
+    static const std::map<std::string, std::string> NAMES = {
+        {"Padding", "fill"},
+        {"Primer", "primer"},
+        {"Random Index Pack", "random index pack"},
+        {"Index Table (Segment)", "index segment"},
+        {"MPEG stream (Frame)", "essence element (picture)"},
+        {"D-10 Video", "essence element (picture)"},
+        {"PCM", "essence element (sound)"},
+        {"D-10 Audio", "essence element (sound)"},
+        {"SDTI Package Metadata Set", "essence element (system item)"},
+    };
+    if (const auto it = NAMES.find(mediaInfo); it != NAMES.end())
+        return it->second;
+    if (mediaInfo.rfind("SDTI System Metadata Pack", 0) == 0)
+        return "essence element (system item)";
+    return "metadata set";
+}
+
+struct Traced
+{
+    unsigned long long offset;
+    std::string key;
+    unsigned long long length;
+    std::string name;
+};
+
+std::vector<Traced> mediaInfoItems(const std::string& fixture)
+{
+    std::ifstream in(testData("expected/" + fixture + ".klv.txt"));
+    std::vector<Traced> out;
+    for (std::string line; std::getline(in, line);)
+    {
+        if (line.empty() || line[0] == '#')
+            continue;
+        std::istringstream fields(line);
+        Traced t;
+        std::string key;
+        fields >> t.offset >> key >> t.length;
+        std::getline(fields >> std::ws, t.name);
+        t.key = dotted(key);
+        out.push_back(t);
+    }
+    return out;
+}
+
+// What MediaInfo calls the clip-wrapped essence whose value alone it traces: "# 5657 no KLV
+// header traced: PCM (59879 bytes)".
+std::string clipEssenceName(const std::string& fixture)
+{
+    std::ifstream in(testData("expected/" + fixture + ".klv.txt"));
+    static const std::regex TRACED(R"(^# \d+ no KLV header traced: (.+) \(\d+ bytes\)$)");
+    std::smatch m;
+    for (std::string line; std::getline(in, line);)
+        if (std::regex_match(line, m, TRACED))
+            return m[1];
+    ADD_FAILURE() << "no untraced essence in " << fixture;
+    return "";
+}
+
+unsigned long long damage(const std::string& file, const std::string& what)
+{
+    std::ifstream in(testData("damage-offsets.txt"));
+    std::string f, w;
+    unsigned long long value;
+    while (in >> f >> w >> value)
+        if (f == file + ".mxf" && w == what)
+            return value;
+    ADD_FAILURE() << "no " << what << " for " << file;
+    return 0;
+}
+
+// The last line of expected/NAME.ffprobe-packets.csv: its size and pos.
+std::pair<unsigned long long, unsigned long long> lastPacket(const std::string& fixture)
+{
+    std::ifstream in(testData("expected/" + fixture + ".ffprobe-packets.csv"));
+    std::string last;
+    for (std::string line; std::getline(in, line);)
+        if (!line.empty())
+            last = line;
+    std::vector<std::string> fields;
+    std::istringstream row(last);
+    for (std::string field; std::getline(row, field, ',');)
+        fields.push_back(field);
+    EXPECT_EQ(fields.size(), 7u);
+    return {std::stoull(fields.at(4)), std::stoull(fields.at(5))};
+}
+
+const Line* itemAt(const Report& report, unsigned long long offset)
+{
+    for (const Line& line : report.items)
+        if (line.offset == offset)
+            return &line;
+    return nullptr;
+}
+
+} // namespace
+
+TEST(MxfInspectKlv, CleanFilesListEveryItemAsMediaInfoNamesIt)
+{
+    for (const std::string name :
+         {"xdcamhd422_1080i25", "xdcamhd422_720p50", "xdcamhd422_1080i2997df", "imx50_625",
+          "opatom_mpeg2", "opatom_pcm"})
+    {
+        SCOPED_TRACE(name);
+        const std::string path = testData(name + ".mxf");
+        const Outcome run = inspect({"klv", path});
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, "");
+        const Report report = parse(run);
+        ASSERT_FALSE(report.items.empty());
+        EXPECT_TRUE(report.skipped.empty());
+        EXPECT_EQ(report.items[0].offset, 0u);
+        for (std::size_t i = 1; i < report.items.size(); ++i)
+            EXPECT_EQ(report.items[i].offset, report.items[i - 1].end());
+        EXPECT_EQ(report.items.back().end(), std::filesystem::file_size(path));
+
+        const std::vector<Traced> traced = mediaInfoItems(name);
+        for (const Traced& t : traced)
+        {
+            const Line* line = itemAt(report, t.offset);
+            ASSERT_NE(line, nullptr) << "MediaInfo's item at " << t.offset;
+            EXPECT_EQ(line->key, t.key);
+            EXPECT_EQ(line->length, t.length);
+            EXPECT_EQ(line->name, ourName(t.name)) << "at " << t.offset << ": " << t.name;
+        }
+        if (name.rfind("opatom", 0) == 0)
+        {
+            // Everything MediaInfo traces, and the clip element whose value it shows.
+            EXPECT_EQ(report.count, traced.size() + 1);
+            ASSERT_NE(itemAt(report, 5632), nullptr);
+            EXPECT_EQ(itemAt(report, 5632)->name, ourName(clipEssenceName(name)));
+        }
+    }
+}
+
+TEST(MxfInspectKlv, DamagedFilesAreWalkedToTheEndAndReportedOnOneLine)
+{
+    const std::string clean = testData("xdcamhd422_1080i25.mxf");
+    const Report whole = parse(inspect({"klv", clean}));
+
+    {
+        SCOPED_TRACE("garbage");
+        const Outcome run = inspect({"klv", testData("damaged_garbage.mxf")});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_TRUE(oneLine(run.err)) << run.err;
+        EXPECT_NE(run.err.find("1000 bytes at 11776"), std::string::npos) << run.err;
+        const Report report = parse(run);
+        const auto at = damage("damaged_garbage", "garbage_at");
+        const auto length = damage("damaged_garbage", "garbage_len");
+        ASSERT_EQ(report.skipped.size(), 1u);
+        EXPECT_EQ(report.skipped[0], std::make_pair(at, length));
+        EXPECT_EQ(report.count, whole.count);
+        const Line* body = itemAt(report, damage("damaged_garbage", "body_partition_now_at"));
+        ASSERT_NE(body, nullptr);
+        EXPECT_EQ(body->name, "body partition closed complete");
+    }
+    {
+        SCOPED_TRACE("bad length");
+        const Outcome run = inspect({"klv", testData("damaged_bad_length.mxf")});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_TRUE(oneLine(run.err)) << run.err;
+        EXPECT_NE(run.err.find("item at 414208 declares 16777215 bytes"), std::string::npos)
+            << run.err;
+        const Report report = parse(run);
+        const Line* bad = itemAt(report, damage("damaged_bad_length", "element_key_at"));
+        ASSERT_NE(bad, nullptr);
+        EXPECT_EQ(bad->length, damage("damaged_bad_length", "new_length"));
+        EXPECT_EQ(bad->name, "essence element (picture)");
+        // The walk resumes where the old length ended.
+        const auto valueAt = damage("damaged_bad_length", "ber_length_at") +
+                             damage("damaged_bad_length", "ber_width");
+        ASSERT_EQ(report.skipped.size(), 1u);
+        EXPECT_EQ(report.skipped[0],
+                  std::make_pair(valueAt, damage("damaged_bad_length", "old_length")));
+        EXPECT_EQ(report.count, whole.count);
+    }
+    for (const std::string name : {"damaged_truncated_30", "damaged_truncated_90"})
+    {
+        SCOPED_TRACE(name);
+        const Outcome run = inspect({"klv", testData(name + ".mxf")});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_TRUE(oneLine(run.err)) << run.err;
+        const Report report = parse(run);
+        // ffprobe's last packet is the element that is cut: its size is what is left of it.
+        const auto [size, position] = lastPacket(name);
+        ASSERT_FALSE(report.items.empty());
+        EXPECT_EQ(report.items.back().offset, position);
+        EXPECT_NE(run.err.find("item at " + std::to_string(position)), std::string::npos)
+            << run.err;
+        ASSERT_EQ(report.skipped.size(), 1u);
+        EXPECT_EQ(report.skipped[0].second, size);
+        EXPECT_EQ(report.skipped[0].first + size, damage(name, "cut_at"));
+    }
+    {
+        SCOPED_TRACE("no footer");
+        // Cut on an item boundary: every KLV item is whole, so the KLV layer finds no fault.
+        const Outcome run = inspect({"klv", testData("damaged_no_footer.mxf")});
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, "");
+        const Report report = parse(run);
+        EXPECT_EQ(report.items.back().end(), damage("damaged_no_footer", "cut_at"));
+        for (const Line& line : report.items)
+            EXPECT_EQ(line.name.find("footer"), std::string::npos);
+    }
+}
+
+TEST(MxfInspectKlv, BadInputGivesOneLineOnStderrAndANonZeroExit)
+{
+    TempDir dir;
+    auto write = [&](const std::string& name, const std::string& bytes)
+    {
+        std::ofstream(dir.path() / name, std::ios::binary) << bytes;
+        return (dir.path() / name).string();
+    };
+    const std::string key =
+        std::string("\x06\x0e\x2b\x34\x01\x02\x01\x01\x0d\x01\x03\x01\x15\x01\x05\x00", 16);
+    const struct
+    {
+        const char* what;
+        std::vector<std::string> args;
+        int status;
+        const char* says;
+    } cases[] = {
+        {"no arguments", {}, 2, "usage"},
+        {"unknown subcommand", {"nonsense", "x"}, 2, "usage"},
+        {"no file", {"klv"}, 2, "usage"},
+        {"two files", {"klv", "a", "b"}, 2, "usage"},
+        {"missing file", {"klv", (dir.path() / "missing.mxf").string()}, 2, "Error opening"},
+        {"a directory", {"klv", dir.path().string()}, 2, "mxf-inspect"},
+        {"empty file", {"klv", write("empty.mxf", "")}, 1, "no KLV item"},
+        {"no key at all", {"klv", write("text.mxf", std::string(5000, 'x'))}, 1, "5000 bytes at 0"},
+        {"indefinite length",
+         {"klv", write("ber80.mxf", key + "\x80" + "abc")},
+         1,
+         "Invalid BER size: 0x80"},
+        {"huge length",
+         {"klv", write("huge.mxf", key + "\x88\xff\xff\xff\xff\xff\xff\xff\xff" + "abc")},
+         1,
+         "declares 18446744073709551615 bytes"},
+        {"key cut short", {"klv", write("cut.mxf", key.substr(0, 9))}, 1, "9 bytes at 0"},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        const Outcome run = inspect(c.args);
+        EXPECT_EQ(run.status, c.status);
+        EXPECT_TRUE(oneLine(run.err)) << run.err;
+        EXPECT_NE(run.err.find(c.says), std::string::npos) << run.err;
+    }
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace Halvorn::Inspect
+{
+
+// Exit statuses shared by all subcommands.
+enum Status
+{
+    CLEAN = 0,
+    // The file was read to its end but is damaged; stderr has one line saying how.
+    DAMAGED = 1,
+    // Bad arguments, or the file could not be read at all.
+    FAILED = 2
+};
+
+// A subcommand gets the arguments after its name, writes its report to `out` and at most one
+// line to `err`, and returns a Status.
+using Command = int (*)(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+
+// One line per KLV item, skipped bytes on lines of their own, then "N items".
+int klvCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+
+} // namespace Halvorn::Inspect

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "MXF/SDK/KLV/Key.h"
+
+#include <string>
+
+namespace Halvorn::Inspect
+{
+
+// A short name for what a key introduces, from the key's structure alone: partition packs, primer,
+// fill, random index pack, index table segment, essence elements by item type, metadata sets.
+// Empty where the key is none of these.
+std::string shortName(const MXF::SDK::KLV::Key& key);
+
+} // namespace Halvorn::Inspect
