@@ -1,0 +1,54 @@
+#include "Transcoder/ErrorMessages.h"
+
+#include "Transcoder/LoggerHolder.h"
+
+namespace KEP::Halvorn
+{
+
+ErrorMessages& ErrorMessages::instance()
+{
+    static ErrorMessages* const messages = new ErrorMessages;
+    return *messages;
+}
+
+ErrorMessages::ErrorMessages() : unknownError_(L"Unknown error occurred.")
+{
+    logEntry(LOG_NOTE, L"Setting default error messages language to English.");
+    messages_ = {
+        {2, L"Unknown error while transcoding."},
+        {3, L"Error received while generating files."},
+        {4, L"Decoder pipe input file path is not set."},
+        {5, L"Encoder pipe output file path is not set."},
+        {6, L"Error while loading the dictionary."},
+        {7, L"Error while loading the dictionary. No dictionary file was set in KEPModule."},
+        {8, L"Failed to load input file."},
+        {9, L"Error while analyzing input file."},
+        {10, L"Input mxf file contains no valid essence tracks to perform transcoding."},
+        {11, L"Input mp4 file contains a not supported coding type."},
+        {12, L"Error while wrapping essence."},
+    };
+}
+
+const wchar_t* ErrorMessages::text(int code)
+{
+    const std::lock_guard lock(mutex_);
+    const auto found = messages_.find(code);
+    return found != messages_.end() ? found->second.c_str() : unknownError_.c_str();
+}
+
+void ErrorMessages::replace(int code, const wchar_t* text)
+{
+    messages_.erase(code);
+    messages_.emplace(code, text);
+}
+
+bool ErrorMessages::loadFile(const wchar_t* path)
+{
+    const std::lock_guard lock(mutex_);
+    logEntry(LOG_NOTE, L"Setting messages language according to file: ")
+        << (path != nullptr ? path : L"");
+    // Language files are XML; until the XML helpers are part of the library none can be read.
+    return false;
+}
+
+} // namespace KEP::Halvorn

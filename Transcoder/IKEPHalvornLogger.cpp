@@ -1,0 +1,12 @@
+#include "KEP/Halvorn/IKEPHalvornLogger.h"
+
+#include "Transcoder/Allocation.h"
+
+namespace KEP::Halvorn
+{
+
+IKEPHalvornLogger::~IKEPHalvornLogger() = default;
+
+KEP_HALVORN_DEFINE_ALLOCATION(IKEPHalvornLogger)
+
+} // namespace KEP::Halvorn
