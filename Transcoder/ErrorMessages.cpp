@@ -1,6 +1,9 @@
 #include "Transcoder/ErrorMessages.h"
 
+#include "Helpers/XMLHandler/XMLHandler.h"
 #include "Transcoder/LoggerHolder.h"
+
+#include <string>
 
 namespace KEP::Halvorn
 {
@@ -45,10 +48,26 @@ void ErrorMessages::replace(int code, const wchar_t* text)
 bool ErrorMessages::loadFile(const wchar_t* path)
 {
     const std::lock_guard lock(mutex_);
-    logEntry(LOG_NOTE, L"Setting messages language according to file: ")
-        << (path != nullptr ? path : L"");
-    // Language files are XML; until the XML helpers are part of the library none can be read.
-    return false;
+    path = path != nullptr ? path : L"";
+    logEntry(LOG_NOTE, L"Setting messages language according to file: ") << path;
+    try
+    {
+        Quenfold::Helpers::XMLHandler xml;
+        xml.loadFile(path);
+        // Only the codes of the catalogue are looked for: a file can't add codes.
+        for (int id = 1; id <= 12; ++id)
+        {
+            const std::wstring xpath = L"//KEP_Halvorn/ErrorCodes//ErrorCode[@id=\"" +
+                                       std::to_wstring(id) + L"\"]/@message";
+            if (xml.exists(xpath.c_str()))
+                replace(id, xml.getString(xpath.c_str()).c_str());
+        }
+        return true;
+    }
+    catch (...)
+    {
+        return false;
+    }
 }
 
 } // namespace KEP::Halvorn

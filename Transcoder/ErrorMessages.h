@@ -20,7 +20,8 @@ public:
     const wchar_t* text(int code);
     // The caller holds `mutex()`, as `loadFile` does.
     void replace(int code, const wchar_t* text);
-    // Overlays the texts with those of an XML language file.
+    // Overlays the texts of codes 1 to 12 with those of an XML language file. False when the file
+    // can't be read or parsed; texts replaced before a failure stay.
     bool loadFile(const wchar_t* path);
 
     std::mutex& mutex() { return mutex_; }

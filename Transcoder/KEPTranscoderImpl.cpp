@@ -3,8 +3,9 @@
 #include "DecodePipes/BaseDecodePipe.h"
 #include "EncodePipes/AvidEncodePipe.h"
 #include "EncodePipes/BaseEncodePipe.h"
-#include "MXF/SDK/DataIO/File/FileDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/MetaMetadata/BinaryLoader.h"
+#include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "Transcoder/DictionaryFile.h"
 #include "Transcoder/EssenceTrackInfo.h"
 #include "Transcoder/LoggerHolder.h"
@@ -20,7 +21,10 @@ namespace KEP::Halvorn
 using DecodePipes::BaseDecodePipe;
 using EncodePipes::BaseEncodePipe;
 
-KEPTranscoder::Impl::Impl(KEPTranscoder& owner) : owner_(owner) {}
+KEPTranscoder::Impl::Impl(KEPTranscoder& owner)
+    : dictionary_(std::make_shared<MXF::SDK::MetaMetadata::Dictionary>()), owner_(owner)
+{
+}
 
 KEPTranscoder::Impl::~Impl()
 {
@@ -328,9 +332,9 @@ bool KEPTranscoder::Impl::loadDictionary()
     const std::wstring path = currentDictionaryFile();
     if (path.empty())
         return false;
-    // Throws when the file cannot be opened. The binary loader reads it into dictionary_ once it
-    // is part of the toolkit; until then a file that opens counts as read.
-    MXF::SDK::DataIO::File::FileDataSource file(path);
+    // A file that fails half-way leaves what it gave in the dictionary; a later load of a good
+    // file replaces every entry of the same label.
+    MXF::SDK::MetaMetadata::BinaryLoader::load(path, *dictionary_);
     dictionaryLoaded_ = true;
     return true;
 }

@@ -63,7 +63,8 @@ private:
     bool runJob(DecodePipes::BaseDecodePipe& decoder, EncodePipes::BaseEncodePipe& encoder);
     void pump(DecodePipes::BaseDecodePipe& decoder, EncodePipes::BaseEncodePipe& encoder);
     void conclude(EncodePipes::BaseEncodePipe& encoder);
-    // False when no dictionary file was set; throws when the file cannot be read.
+    // False when no dictionary file was set; throws when the file cannot be read or is not a
+    // dictionary, and then tries again on the next call.
     bool loadDictionary();
     void setState(State state);
     // `held` holds the mutex; the error takes it over to change the state.
@@ -71,7 +72,7 @@ private:
     void reportEntity(const Utils::ErrorMessageEntity& entity, std::unique_lock<std::mutex> held);
     static void joinThread(std::thread& thread);
 
-    // Null until the binary loader fills it; kept for all later jobs of this transcoder.
+    // Empty until the first job that needs it loads the file; kept for all later jobs.
     std::shared_ptr<MXF::SDK::MetaMetadata::Dictionary> dictionary_;
     bool dictionaryLoaded_ = false;
     KEPTranscoder& owner_;

@@ -2,6 +2,12 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
+
+namespace MXF::SDK::DataIO
+{
+class Block;
+}
 
 namespace KEP::Halvorn
 {
@@ -49,6 +55,47 @@ public:
         if (count_.fetch_sub(1, std::memory_order_acq_rel) == 1)
             delete static_cast<RefCountBase*>(this);
     }
+};
+
+// A sample that owns its buffer. Created with one reference, its creator's; made on the heap only,
+// as the last `release` deletes it.
+class HalvornSample : public RefCountMixIn<Sample>
+{
+public:
+    // `size` bytes, left uninitialised for the creator to fill. Buffers are 32-bit like every
+    // memory block: a larger `size` keeps its low 32 bits, for the buffer and `size()` alike.
+    HalvornSample(std::uint32_t trackId, std::uint64_t size);
+
+    std::uint8_t* data() override { return buffer_.get(); }
+    std::uint64_t size() const override { return size_; }
+    std::uint32_t trackId() const { return trackId_; }
+
+private:
+    std::uint32_t trackId_;
+    std::uint64_t size_;
+    std::unique_ptr<std::uint8_t[]> buffer_;
+};
+
+// A copy of a whole block, so that the sample keeps no reference on the block and may outlive the
+// reader that made it.
+class ReadSample : public HalvornSample
+{
+public:
+    ReadSample(std::uint32_t trackId, MXF::SDK::DataIO::Block& block);
+};
+
+// One channel of 16-bit audio, filled value by value.
+class TWOSSample : public HalvornSample
+{
+public:
+    TWOSSample(std::uint32_t trackId, std::uint64_t size);
+
+    // Stores `value` in host order at the write position and moves it on by 2. Throws
+    // InvalidLength when the two bytes do not fit.
+    void append(std::uint16_t value);
+
+private:
+    std::uint64_t writeOffset_ = 0;
 };
 
 } // namespace KEP::Halvorn

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Writes small seed inputs for the fuzz targets, cut from the fixtures of tests/data: the starts
-# and ends of files and the damaged stretches, not whole files.
-#   fuzz/make-seed-corpus.sh OUT_DIR     (writes OUT_DIR/klv_walk/*)
+# and ends of files and the damaged stretches, not whole files; and the packs of the file frame,
+# each behind the byte that tells fuzz_packs what it is.
+#   fuzz/make-seed-corpus.sh OUT_DIR     (writes OUT_DIR/klv_walk/* and OUT_DIR/packs/*)
 set -euo pipefail
 data="$(cd "$(dirname "$0")/../tests/data" && pwd)"
 out="$1/klv_walk"
@@ -25,3 +26,47 @@ cut garbage damaged_garbage.mxf $((garbage - 181)) 1600
 key=$(offset damaged_bad_length.mxf element_key_at)
 cut bad_length damaged_bad_length.mxf "$key" 300
 cut truncated_tail damaged_truncated_30.mxf $(($(offset damaged_truncated_30.mxf cut_at) - 1200)) 1200
+
+# fuzz_packs: first byte 00 partition pack, 01 primer, 02 random index pack, 03 the partitions
+# walk over the rest. Packs are cut where MediaInfo saw them and as long as their BER says.
+packs="$1/packs"
+mkdir -p "$packs"
+number() { # file offset count: big-endian bytes as a decimal number
+    od -An -tu1 -j "$2" -N "$3" "$data/$1" | awk '{ for (i = 1; i <= NF; i++) v = v * 256 + $i } END { print v + 0 }'
+}
+item_size() { # file offset: key, BER length and value
+    local first
+    first=$(number "$1" $(($2 + 16)) 1)
+    if [ "$first" -lt 128 ]; then
+        echo $((17 + first))
+    else
+        echo $((17 + (first & 127) + $(number "$1" $(($2 + 17)) $((first & 127)))))
+    fi
+}
+pack() { # name selector file offset
+    { printf "\\x$2"; dd if="$data/$3" bs=1 skip="$4" count="$(item_size "$3" "$4")" status=none; } >"$packs/$1"
+}
+for fixture in xdcamhd422_1080i25 imx50_625 opatom_pcm; do
+    file=$fixture.mxf
+    grep -v '^#' "$data/expected/$fixture.partitions.txt" | while read -r at kind _; do
+        pack "partition_${kind}_$fixture" 00 "$file" "$at"
+    done
+    size=$(stat -c %s "$data/$file")
+    pack "rip_$fixture" 02 "$file" $((size - $(number "$file" $((size - 4)) 4)))
+done
+primer=$(awk '$NF == "Primer" { print $1; exit }' "$data/expected/xdcamhd422_1080i25.klv.txt")
+pack primer_1080i25 01 xdcamhd422_1080i25.mxf "$primer"
+walk() { # name file offset length
+    { printf '\x03'; dd if="$data/$2" bs=1 skip="$3" count="$4" status=none; } >"$packs/$1"
+}
+walk walk_header_1080i25 xdcamhd422_1080i25.mxf 0 3000
+walk walk_footer_opatom_pcm opatom_pcm.mxf 150016 1081
+walk walk_garbage damaged_garbage.mxf $((garbage - 600)) 1600
+
+# fuzz_sidecars: the sidecar fixtures, whole; they are small.
+sidecars="$1/sidecars"
+mkdir -p "$sidecars"
+find "$data/sidecars" -type f ! -name README.md | while read -r file; do
+    name=${file#"$data/sidecars/"}
+    cp "$file" "$sidecars/${name//\//_}"
+done

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cwctype>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <xalanc/DOMSupport/DOMServices.hpp>
 #include <xalanc/PlatformSupport/XSLException.hpp>
 #include <xalanc/XPath/NodeRefList.hpp>
@@ -169,6 +171,75 @@ std::size_t depthOf(const XE::DOMNode* root)
     return deepest;
 }
 
+// A cheap pass over the raw text that counts start tags and their nesting, so that a hostile
+// document is refused before the parser, whose cost grows faster than the nesting, sees it. It
+// overcounts rather than undercounts on odd input; the parsed tree is checked again afterwards.
+class TagCounter
+{
+public:
+    TagCounter(const XMLByte* bytes, std::size_t size)
+    {
+        const bool bigEndian = size >= 2 && ((bytes[0] == 0xFE && bytes[1] == 0xFF) ||
+                                             (bytes[0] == 0x00 && bytes[1] == 0x3C));
+        const bool littleEndian = size >= 2 && ((bytes[0] == 0xFF && bytes[1] == 0xFE) ||
+                                                (bytes[0] == 0x3C && bytes[1] == 0x00));
+        if (bigEndian || littleEndian)
+        {
+            units_.reserve(size / 2);
+            for (std::size_t i = 0; i + 1 < size; i += 2)
+                units_.push_back(bigEndian ? char16_t(bytes[i] << 8 | bytes[i + 1])
+                                           : char16_t(bytes[i + 1] << 8 | bytes[i]));
+        }
+        else
+            units_.assign(bytes, bytes + size);
+        count();
+    }
+
+    std::size_t deepest = 0;
+    std::size_t elements = 0;
+
+private:
+    bool at(std::size_t i, std::u16string_view text) const
+    {
+        return units_.compare(i, text.size(), text) == 0;
+    }
+    std::size_t after(std::size_t i, std::u16string_view end) const
+    {
+        const std::size_t found = units_.find(end, i);
+        return found == std::u16string::npos ? units_.size() : found + end.size();
+    }
+
+    void count()
+    {
+        std::size_t depth = 0;
+        for (std::size_t i = units_.find(u'<'); i < units_.size(); i = units_.find(u'<', i))
+        {
+            if (at(i, u"<!--"))
+                i = after(i, u"-->");
+            else if (at(i, u"<![CDATA["))
+                i = after(i, u"]]>");
+            else if (at(i, u"<?") || at(i, u"<!"))
+                i = after(i + 1, u">");
+            else if (at(i, u"</"))
+            {
+                depth = depth > 0 ? depth - 1 : 0;
+                i = after(i, u">");
+            }
+            else
+            {
+                // Attribute values may hold '>' but never '<', so the tag ends at the first '>'.
+                const std::size_t end = after(i, u">");
+                ++elements;
+                if (end < 2 || units_[end - 2] != u'/')
+                    deepest = std::max(deepest, ++depth);
+                i = end;
+            }
+        }
+    }
+
+    std::u16string units_;
+};
+
 } // namespace
 
 struct XMLHandler::Impl
@@ -205,12 +276,20 @@ struct XMLHandler::Impl
 
     void parse(const XMLByte* bytes, std::size_t size)
     {
-        if (size > MAX_DOCUMENT_SIZE)
-            QUENFOLD_THROW(InvalidCODStruture, L"XML document larger than " +
-                                                   std::to_wstring(MAX_DOCUMENT_SIZE) + L" bytes");
+        // Whatever happens below, the old document is gone.
         root = nullptr;
         liaison->reset();
         parser->resetDocumentPool();
+        if (size > MAX_DOCUMENT_SIZE)
+            QUENFOLD_THROW(InvalidCODStruture, L"XML document larger than " +
+                                                   std::to_wstring(MAX_DOCUMENT_SIZE) + L" bytes");
+        const TagCounter tags(bytes, size);
+        if (tags.deepest > MAX_DEPTH)
+            QUENFOLD_THROW(InvalidCODStruture, L"XML document nested deeper than " +
+                                                   std::to_wstring(MAX_DEPTH) + L" elements");
+        if (tags.elements > MAX_ELEMENTS)
+            QUENFOLD_THROW(InvalidCODStruture, L"XML document holds more than " +
+                                                   std::to_wstring(MAX_ELEMENTS) + L" elements");
         errors.resetErrors();
         try
         {

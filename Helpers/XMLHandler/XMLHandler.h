@@ -9,9 +9,10 @@ namespace KEP::Quenfold::Helpers
 
 // The one door to XML: parses a document from a file or a string and answers XPath questions in
 // wide strings. Documents are treated as hostile: no external entity, DTD, schema or XInclude is
-// ever loaded, entity expansion is bounded, and documents larger than MAX_DOCUMENT_SIZE bytes or
-// nested deeper than MAX_DEPTH elements are refused. There is no namespace resolver, so queries
-// name elements with local-name() tests.
+// ever loaded, entity expansion is bounded, and documents larger than MAX_DOCUMENT_SIZE bytes,
+// nested deeper than MAX_DEPTH elements or holding more than MAX_ELEMENTS are refused before the
+// parser sees them (its cost grows faster than the document). There is no namespace resolver, so
+// queries name elements with local-name() tests.
 //
 // One handler belongs to one thread at a time; handlers on different threads are independent.
 // Failures are exceptions of KEP::Quenfold::Helpers::Exceptions.
@@ -20,6 +21,7 @@ class XMLHandler
 public:
     static constexpr std::size_t MAX_DOCUMENT_SIZE = 4 * 1024 * 1024;
     static constexpr std::size_t MAX_DEPTH = 256;
+    static constexpr std::size_t MAX_ELEMENTS = 100000;
 
     XMLHandler();
     ~XMLHandler();

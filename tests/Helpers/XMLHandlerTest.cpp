@@ -3,6 +3,7 @@
 #include "Helpers/XMLHandler/Exceptions.h"
 #include "TestSupport.h"
 
+#include <chrono>
 #include <cstring>
 #include <fstream>
 #include <functional>
@@ -116,6 +117,25 @@ TEST(XMLHandler, BrokenDocumentsFailCleanly)
     for (std::size_t i = 0; i <= XMLHandler::MAX_DEPTH + 1; ++i)
         deep += L"</a>";
     EXPECT_THROW(xml.loadContent(deep.c_str()), Exceptions::InvalidCODStruture);
+
+    // Refused before parsing: deep nesting near the size limit would keep the parser busy for
+    // minutes, and so would a flat document of a million elements.
+    std::wstring deepest;
+    for (int i = 0; i < 500000; ++i)
+        deepest += L"<a>";
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THROW(xml.loadContent(deepest.c_str()), Exceptions::InvalidCODStruture);
+    std::wstring flat = L"<r>";
+    for (std::size_t i = 0; i <= XMLHandler::MAX_ELEMENTS; ++i)
+        flat += L"<b/>";
+    flat += L"</r>";
+    EXPECT_EQ(failureOf<Exceptions::InvalidCODStruture>([&] { xml.loadContent(flat.c_str()); }),
+              L"XML document holds more than 100000 elements");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    // Comments, CDATA and declarations are not elements; an attribute may hold '>'.
+    xml.loadContent(
+        L"<?xml version=\"1.0\"?><!-- <x><x><x> --><r a=\"1>2\"><![CDATA[<y><y>]]><s/></r>");
+    EXPECT_EQ(xml.getString(L"/r/@a"), L"1>2");
 
     const std::wstring huge = L"<a>" + std::wstring(XMLHandler::MAX_DOCUMENT_SIZE, L'x') + L"</a>";
     EXPECT_THROW(xml.loadContent(huge.c_str()), Exceptions::InvalidCODStruture);

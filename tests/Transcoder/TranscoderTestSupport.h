@@ -85,13 +85,15 @@ public:
     ScopedLogger& operator=(const ScopedLogger&) = delete;
 };
 
-// Points the module at an existing dictionary file for the life of the scope.
+// Points the module at an existing dictionary file for the life of the scope: the smallest one,
+// version 2.0 and nothing more.
 class ScopedDictionary
 {
 public:
     ScopedDictionary() : path_(directory_.file(L"dictionary.bin"))
     {
-        std::ofstream(directory_.path() / "dictionary.bin") << "dictionary";
+        std::ofstream(directory_.path() / "dictionary.bin", std::ios::binary)
+            << std::string("\x00\x02\x00\x00", 4);
         KEPModule::instance().mxfBinaryDictionary(path_.c_str());
     }
     ~ScopedDictionary() { KEPModule::instance().mxfBinaryDictionary(L""); }

@@ -1,6 +1,6 @@
 // mxf-inspect run as a program on the fixtures. Expectations come from MediaInfo's trace,
 // ffprobe's packets and damage-offsets.txt (tests/data), never from an earlier run of the tool.
-#include "TestSupport.h"
+#include "InspectRun.h"
 
 #include <chrono>
 #include <csignal>
@@ -22,69 +22,6 @@ using namespace Halvorn::Test;
 
 namespace
 {
-
-std::string testData(const std::string& name)
-{
-    const char* dir = std::getenv("HALVORN_TEST_DATA");
-    return std::string(dir ? dir : "tests/data") + "/" + name;
-}
-
-std::string readFile(const std::filesystem::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-struct Outcome
-{
-    int status = -1; // exit status; -1 if killed
-    std::vector<std::string> lines;
-    std::string err;
-};
-
-// Runs the tool with a time limit: a hang is a failure, not a stuck test.
-Outcome inspect(const std::vector<std::string>& args)
-{
-    TempDir dir;
-    const auto outPath = dir.path() / "out";
-    const auto errPath = dir.path() / "err";
-    std::vector<char*> argv{const_cast<char*>(MXF_INSPECT_PATH)};
-    for (const std::string& a : args)
-        argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-
-    const pid_t child = ::fork();
-    if (child == 0)
-    {
-        const int out = ::open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        const int err = ::open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        ::dup2(out, 1);
-        ::dup2(err, 2);
-        ::execv(argv[0], argv.data());
-        ::_exit(127);
-    }
-    Outcome run;
-    int wstatus = 0;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (::waitpid(child, &wstatus, WNOHANG) == 0)
-    {
-        if (std::chrono::steady_clock::now() > deadline)
-        {
-            ::kill(child, SIGKILL);
-            ::waitpid(child, &wstatus, 0);
-            ADD_FAILURE() << "mxf-inspect did not finish within 60 s";
-            return run;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    EXPECT_TRUE(WIFEXITED(wstatus)) << "ended by signal " << WTERMSIG(wstatus);
-    run.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : -1;
-    std::istringstream out(readFile(outPath));
-    for (std::string line; std::getline(out, line);)
-        run.lines.push_back(line);
-    run.err = readFile(errPath);
-    return run;
-}
 
 std::string dotted(const std::string& hex)
 {
@@ -148,11 +85,6 @@ Report parse(const Outcome& run)
     }
     EXPECT_EQ(report.count, report.items.size());
     return report;
-}
-
-bool oneLine(const std::string& text)
-{
-    return !text.empty() && text.find('\n') == text.size() - 1;
 }
 
 // MediaInfo's names for the kinds of item, mapped to ours.
@@ -225,34 +157,6 @@ std::string clipEssenceName(const std::string& fixture)
             return m[1];
     ADD_FAILURE() << "no untraced essence in " << fixture;
     return "";
-}
-
-unsigned long long damage(const std::string& file, const std::string& what)
-{
-    std::ifstream in(testData("damage-offsets.txt"));
-    std::string f, w;
-    unsigned long long value;
-    while (in >> f >> w >> value)
-        if (f == file + ".mxf" && w == what)
-            return value;
-    ADD_FAILURE() << "no " << what << " for " << file;
-    return 0;
-}
-
-// The last line of expected/NAME.ffprobe-packets.csv: its size and pos.
-std::pair<unsigned long long, unsigned long long> lastPacket(const std::string& fixture)
-{
-    std::ifstream in(testData("expected/" + fixture + ".ffprobe-packets.csv"));
-    std::string last;
-    for (std::string line; std::getline(in, line);)
-        if (!line.empty())
-            last = line;
-    std::vector<std::string> fields;
-    std::istringstream row(last);
-    for (std::string field; std::getline(row, field, ',');)
-        fields.push_back(field);
-    EXPECT_EQ(fields.size(), 7u);
-    return {std::stoull(fields.at(4)), std::stoull(fields.at(5))};
 }
 
 const Line* itemAt(const Report& report, unsigned long long offset)

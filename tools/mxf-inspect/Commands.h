@@ -24,4 +24,7 @@ using Command = int (*)(const std::vector<std::string>& args, std::ostream& out,
 // One line per KLV item, skipped bytes on lines of their own, then "N items".
 int klvCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
+// One line per partition pack, then the random index pack checked against them.
+int partitionsCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+
 } // namespace Halvorn::Inspect

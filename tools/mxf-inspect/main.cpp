@@ -18,6 +18,7 @@ struct Subcommand
 
 constexpr Subcommand SUBCOMMANDS[] = {
     {"klv", klvCommand, "klv FILE"},
+    {"partitions", partitionsCommand, "partitions FILE"},
 };
 
 int usage()

@@ -83,6 +83,8 @@ UInt64 FileImpl::seek(UInt64 position)
     const UInt64 end = position_ + remaining();
     if (position > end)
         position = end;
+    if (position == position_)
+        return position_; // nothing to move: spare the stream its flush and lseek
     if (readOnly_ && position > position_ && position - position_ <= MAX_SKIP_BY_READ &&
         skipByRead(position - position_))
         return position_;

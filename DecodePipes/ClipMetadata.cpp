@@ -1,0 +1,228 @@
+#include "DecodePipes/ClipMetadata.h"
+
+#include "Helpers/XMLHandler/Exceptions.h"
+#include "Helpers/XMLHandler/XMLHandler.h"
+#include "MXF/SDK/Platform/Platform.h"
+#include "Transcoder/LoggerHolder.h"
+
+#include <algorithm>
+#include <cwchar>
+#include <filesystem>
+#include <set>
+
+namespace KEP::Halvorn::DecodePipes
+{
+
+namespace
+{
+
+using Quenfold::Helpers::XMLHandler;
+using Quenfold::Helpers::Exceptions::QuenfoldHelpersException;
+
+const std::wstring MATERIAL_HEAD = L"/*[local-name()='MediaProfile']/*[local-name()='Contents']/"
+                                   L"*[local-name()='Material'][@*[local-name()='umid']=\"";
+const std::wstring SIDECAR_TAIL = L"\"]/*[local-name()='RelevantInfo'][./@*[local-name()='type']="
+                                  L"\"XML\"]/@*[local-name()='uri']";
+
+const std::wstring PACKETS = L"/*[local-name()='NonRealTimeMeta']/*[local-name()='KlvPacketTable']/"
+                             L"*[local-name()='KlvPacket']";
+const std::wstring FRAME_COUNTS = PACKETS + L"/@*[local-name()='frameCount']";
+const std::wstring PACKET_HEAD = PACKETS + L"[./@*[local-name()='frameCount']=\"";
+const std::wstring DURATION =
+    L"/*[local-name()='NonRealTimeMeta']/*[local-name()='Duration']/@*[local-name()='value']";
+
+// Each mark costs three XPath queries, and each query walks the whole table, so a hostile table
+// of thousands of marks padded to megabytes would take hours. Camera sidecars hold a few dozen
+// marks in a few kilobytes; past this many (marks x bytes of the file), about two seconds of
+// queries, the rest of the table is left unread.
+constexpr std::uintmax_t MARK_SCAN_BUDGET = 8 * 1024 * 1024;
+
+const wchar_t* orEmpty(const wchar_t* text)
+{
+    return text != nullptr ? text : L"";
+}
+
+std::wstring stringOrEmpty(XMLHandler& xml, const std::wstring& xpath)
+{
+    return xml.exists(xpath.c_str()) ? xml.getString(xpath.c_str()) : std::wstring();
+}
+
+std::size_t markLimit(const wchar_t* path)
+{
+    std::error_code error;
+    std::uintmax_t size =
+        std::filesystem::file_size(MXF::SDK::Platform::toUtf8(orEmpty(path)), error);
+    if (error)
+        size = XMLHandler::MAX_DOCUMENT_SIZE;
+    return static_cast<std::size_t>(MARK_SCAN_BUDGET / std::max<std::uintmax_t>(size, 1));
+}
+
+// Compared over the length of the key as written, so a cut-off key still counts.
+bool isWideKey(const std::wstring& key)
+{
+    return !key.empty() && key.size() <= ClipMetadata::WIDE_MARK_KEY.size() &&
+           ClipMetadata::WIDE_MARK_KEY.compare(0, key.size(), key) == 0;
+}
+
+unsigned hexDigit(wchar_t c)
+{
+    if (c >= L'0' && c <= L'9')
+        return static_cast<unsigned>(c - L'0');
+    if (c >= L'a' && c <= L'f')
+        return static_cast<unsigned>(c - L'a' + 10);
+    if (c >= L'A' && c <= L'F')
+        return static_cast<unsigned>(c - L'A' + 10);
+    return 0;
+}
+
+// Two characters as one byte. A character that isn't a hexadecimal digit, or lies past the end,
+// reads as 0.
+unsigned readPair(std::wstring_view hex, std::size_t& next)
+{
+    unsigned value = 0;
+    for (int i = 0; i < 2; ++i, ++next)
+        value = value * 16 + (next < hex.size() ? hexDigit(hex[next]) : 0);
+    return value;
+}
+
+} // namespace
+
+struct ClipMetadata::Impl
+{
+    XMLHandler document;
+    std::wstring mediaProfileFolder;
+    std::wstring mediaProfileFile;
+    ClipMaterials materials;
+};
+
+ClipMetadata::ClipMetadata() : impl_(std::make_unique<Impl>()) {}
+
+ClipMetadata::~ClipMetadata() = default;
+
+bool ClipMetadata::load(const wchar_t* path)
+{
+    path = orEmpty(path);
+    try
+    {
+        impl_->document.loadFile(path);
+    }
+    catch (const QuenfoldHelpersException& e)
+    {
+        logEntry(LOG_TRACE, L"Unable to load MediaPro file (")
+            << path << L" - " << e.message() << L")";
+        return false;
+    }
+    impl_->mediaProfileFile = path;
+    impl_->mediaProfileFolder = mediaProfileFolder(path);
+    return true;
+}
+
+std::wstring ClipMetadata::xmlFileForUmid(const wchar_t* umid)
+{
+    const std::wstring uri =
+        stringOrEmpty(impl_->document, MATERIAL_HEAD + orEmpty(umid) + SIDECAR_TAIL);
+    return uri.empty() ? uri : impl_->mediaProfileFolder + uri;
+}
+
+std::uint64_t ClipMetadata::loadMaterialFile(const wchar_t* path, std::uint64_t frameOffset)
+{
+    XMLHandler xml;
+    xml.loadFile(orEmpty(path));
+    if (xml.exists(FRAME_COUNTS.c_str()))
+    {
+        const std::size_t limit = markLimit(path);
+        // A value met before selects the same packet again, and its frame is taken already.
+        std::set<std::wstring> seen;
+        for (const std::wstring& value : xml.getStrings(FRAME_COUNTS.c_str()))
+        {
+            if (!seen.insert(value).second)
+                continue;
+            if (seen.size() > limit)
+                break;
+            const std::uint64_t frame =
+                static_cast<std::uint64_t>(std::wcstoll(value.c_str(), nullptr, 10));
+            const std::wstring lengthValue =
+                PACKET_HEAD + value + L"\"]/@*[local-name()='lengthValue']";
+            if (!xml.exists(lengthValue.c_str()))
+                continue;
+            const std::wstring hex = xml.getString(lengthValue.c_str());
+            const bool wide =
+                isWideKey(stringOrEmpty(xml, PACKET_HEAD + value + L"\"]/@*[local-name()='key']"));
+            impl_->materials.emplace(frame + frameOffset, decode(hex, wide));
+        }
+    }
+    if (!xml.exists(DURATION.c_str()))
+        return 0;
+    return static_cast<std::uint64_t>(static_cast<std::int64_t>(xml.getInt(DURATION.c_str())));
+}
+
+void ClipMetadata::loadMaterialsForUmids(const std::vector<std::wstring>& umids)
+{
+    std::uint64_t offset = 0;
+    for (const std::wstring& umid : umids)
+    {
+        const std::wstring path = xmlFileForUmid(umid.c_str());
+        if (path.empty())
+            return;
+        offset += loadMaterialFile(path.c_str(), offset);
+    }
+}
+
+ClipMaterials ClipMetadata::materials() const
+{
+    return impl_->materials;
+}
+
+ClipMaterials ClipMetadata::loadMaterials(const wchar_t* xmlFile)
+{
+    ClipMetadata metadata;
+    try
+    {
+        metadata.loadMaterialFile(xmlFile, 0);
+    }
+    catch (const QuenfoldHelpersException&)
+    {
+        // A sidecar that can't be read costs its marks, not the clip.
+    }
+    return metadata.materials();
+}
+
+std::wstring ClipMetadata::decode(std::wstring_view hex, bool wide)
+{
+    std::size_t next = 0;
+    unsigned length = 0;
+    if (hex.size() >= 2 && hex.size() % 2 == 0)
+        length = readPair(hex, next);
+    std::wstring text;
+    // The length byte counts as the first pair even when an odd count left it unread.
+    for (unsigned pairs = 1; pairs <= length;)
+    {
+        const unsigned a = readPair(hex, next);
+        ++pairs;
+        if (!wide)
+        {
+            text.push_back(static_cast<wchar_t>(a));
+            continue;
+        }
+        unsigned b = 0;
+        if (pairs <= length)
+        {
+            b = readPair(hex, next);
+            ++pairs;
+        }
+        text.push_back(static_cast<wchar_t>(a * 256 + b));
+    }
+    text.push_back(L'\0');
+    return text;
+}
+
+std::wstring mediaProfileFolder(std::wstring_view mediaProfileFile)
+{
+    std::wstring folder(mediaProfileFile);
+    const std::size_t kept = folder.starts_with(L"\\\\") ? 2 : 0;
+    std::replace(folder.begin() + static_cast<std::ptrdiff_t>(kept), folder.end(), L'\\', L'/');
+    const std::size_t last = folder.rfind(L'/');
+    return last == std::wstring::npos ? std::wstring() : folder.substr(0, last + 1);
+}
+
+} // namespace KEP::Halvorn::DecodePipes
