@@ -1,6 +1,9 @@
 #pragma once
 
+#include "MXF/SDK/DataIO/File/FileDataSource.h"
+
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,6 +23,13 @@ enum Status
 // A subcommand gets the arguments after its name, writes its report to `out` and at most one
 // line to `err`, and returns a Status.
 using Command = int (*)(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+
+// The one FILE argument of `command`, opened; null after a usage line or the reason on `err`.
+std::unique_ptr<MXF::SDK::DataIO::File::FileDataSource>
+openFileArgument(const char* command, const std::vector<std::string>& args, std::ostream& err);
+
+// The status of a walk that found `damage` (empty: none), told on one line of `err`.
+int walkStatus(const std::string& path, const std::string& damage, bool failed, std::ostream& err);
 
 // One line per KLV item, skipped bytes on lines of their own, then "N items".
 int klvCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
