@@ -369,7 +369,7 @@ TEST(DictionaryCoverage, DescribesEverySetAndPropertyOfTheFixturesHeaderMetadata
 {
     const Dictionary& dictionary = compiledDictionary();
     const std::vector<std::filesystem::path> files = traces();
-    EXPECT_EQ(files.size(), 11u);
+    EXPECT_GE(files.size(), 11u);
 
     std::vector<std::string> faults;
     std::size_t properties = 0;
