@@ -3,6 +3,7 @@
 # and ends of files and the damaged stretches, not whole files; and the packs of the file frame,
 # each behind the byte that tells fuzz_packs what it is.
 #   fuzz/make-seed-corpus.sh OUT_DIR     (writes OUT_DIR/klv_walk/* and OUT_DIR/packs/*)
+#   and OUT_DIR/index_segment/*
 set -euo pipefail
 data="$(cd "$(dirname "$0")/../tests/data" && pwd)"
 out="$1/klv_walk"
@@ -62,6 +63,26 @@ walk() { # name file offset length
 walk walk_header_1080i25 xdcamhd422_1080i25.mxf 0 3000
 walk walk_footer_opatom_pcm opatom_pcm.mxf 150016 1081
 walk walk_garbage damaged_garbage.mxf $((garbage - 600)) 1600
+
+# fuzz_index_segment: every index table segment of the fixtures, where MediaInfo saw it.
+segments="$1/index_segment"
+mkdir -p "$segments"
+for list in "$data"/expected/index/*.index.txt; do
+    name=$(basename "$list" .index.txt)
+    awk '$1 == "segment" { print $2, $3 }' "$list" | while read -r at size; do
+        dd if="$data/$name.mxf" of="$segments/${name}_$at" bs=1 skip="$at" count="$size" status=none
+    done
+done
+
+# fuzz_metadata: header partitions, from the pack to the end of what HeaderByteCount covers (it
+# counts from the primer, which follows the pack's fill).
+metadata="$1/metadata"
+mkdir -p "$metadata"
+for fixture in xdcamhd422_1080i25 imx50_625 opatom_pcm opatom_mpeg2; do
+    at=$(awk '$NF == "Primer" { print $1; exit }' "$data/expected/$fixture.klv.txt")
+    end=$((at + $(number "$fixture.mxf" 52 8)))
+    dd if="$data/$fixture.mxf" of="$metadata/header_$fixture" bs=1 count="$end" status=none
+done
 
 # fuzz_sidecars: the sidecar fixtures, whole; they are small.
 sidecars="$1/sidecars"
