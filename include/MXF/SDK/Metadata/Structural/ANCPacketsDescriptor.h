@@ -1,0 +1,22 @@
+#pragma once
+
+#include "MXF/SDK/Metadata/Structural/GenericDataEssenceDescriptor.h"
+
+namespace MXF::SDK::Metadata::Structural
+{
+
+// Ancillary data packets (SMPTE 436M).
+class ANCPacketsDescriptor : public GenericDataEssenceDescriptor
+{
+public:
+    using GenericDataEssenceDescriptor::GenericDataEssenceDescriptor;
+    MXF_SDK_METADATA_SET_ACCEPT(GenericDataEssenceDescriptor)
+
+    // The key this class is registered under with MetadataSetFactory.
+    static KLV::Key classKey();
+
+    // The accessors of the dictionary's properties, generated (gen-structural.py).
+    MXF_SDK_STRUCTURAL_ACCESSORS_ANCPacketsDescriptor
+};
+
+} // namespace MXF::SDK::Metadata::Structural

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "MXF/SDK/Metadata/Structural/GenericPictureEssenceDescriptor.h"
+
+namespace MXF::SDK::Metadata::Structural
+{
+
+// Colour-difference picture essence (SMPTE 377M CDCI Descriptor): component depth and
+// subsampling; also Avid's MPEG properties.
+class CDCIEssenceDescriptor : public GenericPictureEssenceDescriptor
+{
+public:
+    using GenericPictureEssenceDescriptor::GenericPictureEssenceDescriptor;
+    MXF_SDK_METADATA_SET_ACCEPT(GenericPictureEssenceDescriptor)
+
+    // The key this class is registered under with MetadataSetFactory.
+    static KLV::Key classKey();
+
+    // The accessors of the dictionary's properties, generated (gen-structural.py).
+    MXF_SDK_STRUCTURAL_ACCESSORS_CDCIEssenceDescriptor
+};
+
+} // namespace MXF::SDK::Metadata::Structural

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "MXF/SDK/Metadata/Structural/TrackableMetadataSet.h"
+
+namespace MXF::SDK::Metadata::Structural
+{
+
+// What all essence descriptors share (SMPTE 377M Generic Descriptor): locators and
+// sub-descriptors.
+class GenericDescriptor : public TrackableMetadataSet
+{
+public:
+    using TrackableMetadataSet::TrackableMetadataSet;
+    MXF_SDK_METADATA_SET_ACCEPT(TrackableMetadataSet)
+
+    // The key this class is registered under with MetadataSetFactory.
+    static KLV::Key classKey();
+
+    // The accessors of the dictionary's properties, generated (gen-structural.py).
+    MXF_SDK_STRUCTURAL_ACCESSORS_GenericDescriptor
+};
+
+} // namespace MXF::SDK::Metadata::Structural

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "MXF/SDK/Metadata/Structural/FileDescriptor.h"
+
+namespace MXF::SDK::Metadata::Structural
+{
+
+// What picture descriptors share (SMPTE 377M Generic Picture Essence Descriptor): stored,
+// sampled and display sizes, frame layout, aspect ratio, picture coding label.
+class GenericPictureEssenceDescriptor : public FileDescriptor
+{
+public:
+    using FileDescriptor::FileDescriptor;
+    MXF_SDK_METADATA_SET_ACCEPT(FileDescriptor)
+
+    // The key this class is registered under with MetadataSetFactory.
+    static KLV::Key classKey();
+
+    // The accessors of the dictionary's properties, generated (gen-structural.py).
+    MXF_SDK_STRUCTURAL_ACCESSORS_GenericPictureEssenceDescriptor
+};
+
+} // namespace MXF::SDK::Metadata::Structural

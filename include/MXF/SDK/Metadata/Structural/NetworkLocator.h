@@ -1,0 +1,22 @@
+#pragma once
+
+#include "MXF/SDK/Metadata/Structural/Locator.h"
+
+namespace MXF::SDK::Metadata::Structural
+{
+
+// A locator by URL (SMPTE 377M Network Locator).
+class NetworkLocator : public Locator
+{
+public:
+    using Locator::Locator;
+    MXF_SDK_METADATA_SET_ACCEPT(Locator)
+
+    // The key this class is registered under with MetadataSetFactory.
+    static KLV::Key classKey();
+
+    // The accessors of the dictionary's properties, generated (gen-structural.py).
+    MXF_SDK_STRUCTURAL_ACCESSORS_NetworkLocator
+};
+
+} // namespace MXF::SDK::Metadata::Structural
