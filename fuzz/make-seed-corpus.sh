@@ -84,6 +84,13 @@ for fixture in xdcamhd422_1080i25 imx50_625 opatom_pcm opatom_mpeg2; do
     dd if="$data/$fixture.mxf" of="$metadata/header_$fixture" bs=1 count="$end" status=none
 done
 
+# fuzz_reader: the small fixtures, whole files.
+reader="$1/reader"
+mkdir -p "$reader"
+for fixture in opatom_pcm damaged_truncated_header damaged_truncated_index; do
+    cp "$data/$fixture.mxf" "$reader/$fixture"
+done
+
 # fuzz_sidecars: the sidecar fixtures, whole; they are small.
 sidecars="$1/sidecars"
 mkdir -p "$sidecars"
