@@ -9,6 +9,19 @@ namespace Halvorn::Inspect
 
 using namespace MXF::SDK;
 
+std::unique_ptr<DataIO::File::FileDataSource> openFile(const std::string& path, std::ostream& err)
+{
+    try
+    {
+        return std::make_unique<DataIO::File::FileDataSource>(Platform::fromUtf8(path));
+    }
+    catch (const Exceptions::BaseException& e)
+    {
+        err << "mxf-inspect: " << e.what() << "\n";
+        return nullptr;
+    }
+}
+
 std::unique_ptr<DataIO::File::FileDataSource>
 openFileArgument(const char* command, const std::vector<std::string>& args, std::ostream& err)
 {
@@ -17,15 +30,7 @@ openFileArgument(const char* command, const std::vector<std::string>& args, std:
         err << "usage: mxf-inspect " << command << " FILE\n";
         return nullptr;
     }
-    try
-    {
-        return std::make_unique<DataIO::File::FileDataSource>(Platform::fromUtf8(args[0]));
-    }
-    catch (const Exceptions::BaseException& e)
-    {
-        err << "mxf-inspect: " << e.what() << "\n";
-        return nullptr;
-    }
+    return openFile(args[0], err);
 }
 
 int walkStatus(const std::string& path, const std::string& damage, bool failed, std::ostream& err)

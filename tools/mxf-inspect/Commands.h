@@ -24,6 +24,10 @@ enum Status
 // line to `err`, and returns a Status.
 using Command = int (*)(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
+// The file at `path`, opened; null after the reason on `err`.
+std::unique_ptr<MXF::SDK::DataIO::File::FileDataSource> openFile(const std::string& path,
+                                                                 std::ostream& err);
+
 // The one FILE argument of `command`, opened; null after a usage line or the reason on `err`.
 std::unique_ptr<MXF::SDK::DataIO::File::FileDataSource>
 openFileArgument(const char* command, const std::vector<std::string>& args, std::ostream& err);
@@ -36,5 +40,16 @@ int klvCommand(const std::vector<std::string>& args, std::ostream& out, std::ost
 
 // One line per partition pack, then the random index pack checked against them.
 int partitionsCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+
+// The usage of the metadata subcommand, after "mxf-inspect ".
+inline constexpr const char* METADATA_USAGE =
+    "metadata FILE [--partition header|footer|OFFSET] [--dictionary DICTIONARY]";
+
+// The header metadata of one partition as a tree from the Preface down (see printMetadata), then
+// "N sets". The partition is the header's unless --partition names the footer or the OFFSET of a
+// partition pack's key, the first number `partitions` writes on its line. The sets are known from
+// the compiled dictionary of the build unless --dictionary names another. A partition without
+// header metadata, or whose metadata can't be read, is an error of the file.
+int metadataCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 } // namespace Halvorn::Inspect

@@ -1,8 +1,8 @@
 #include "PartitionsWalk.h"
 
+#include "KlvScan.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/IdentifierText.h"
-#include "MXF/SDK/KLV/KLVReader.h"
 #include "MXF/SDK/Packs/PartitionPack.h"
 #include "MXF/SDK/Packs/PrimerPack.h"
 #include "MXF/SDK/Packs/RandomIndexPack.h"
@@ -10,8 +10,6 @@
 #include "MXF/SDK/Types/Visitors/Visitor.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <memory>
 #include <ostream>
 #include <set>
 #include <string>
@@ -27,33 +25,6 @@ using Platform::UInt64;
 
 namespace
 {
-
-// The first thing wrong with the file, and how many more there were.
-class Damage
-{
-public:
-    void note(const std::string& what)
-    {
-        if (first_.empty())
-            first_ = what;
-        else
-            ++more_;
-    }
-    std::string summary() const
-    {
-        return more_ == 0 ? first_ : first_ + " (and " + std::to_string(more_) + " more)";
-    }
-
-private:
-    std::string first_;
-    UInt64 more_ = 0;
-};
-
-struct FoundPack
-{
-    UInt64 offset;
-    PartitionPack pack;
-};
 
 struct FoundRIP
 {
@@ -98,90 +69,55 @@ std::string containers(const Types::Batch& batch)
     return text.empty() ? "none" : text;
 }
 
-class Walk
+class Walk final : public KlvScan
 {
 public:
-    Walk(DataIO::RandomAccessDataSource& source, std::ostream& out)
-        : source_(source), out_(out), end_(source.position() + source.remaining()), reader_(source)
-    {
-    }
+    // Without `out`, no report.
+    Walk(DataIO::RandomAccessDataSource& source, std::ostream* out) : KlvScan(source), out_(out) {}
 
     PartitionsWalkResult run()
     {
-        try
-        {
-            // Each step moves the source on by at least one byte, so the walk always ends.
-            while (source_.position() < end_)
-                step();
-        }
-        catch (const Exceptions::BaseException& e)
-        {
-            return {packs_.size(),
-                    "reading at " + std::to_string(source_.position()) + ": " + e.what(), true};
-        }
-        checkLayout();
-        printRIPs();
-        return {packs_.size(), damage_.summary(), false};
+        const ScanResult result = scan();
+        return {packs_.size(), std::move(packs_), result.damage, result.failed};
     }
 
 private:
-    void step()
+    void item(KLV::KLVItem& item, UInt64 searchStart, UInt64 skipped) override
     {
-        const UInt64 searchStart = source_.position();
-        UInt64 skipped = 0;
-        std::unique_ptr<KLV::KLVItem> item;
-        try
-        {
-            // No limit: the search reads each byte once, so even a file of garbage ends.
-            item = reader_.readKLV(skipped, UINT64_MAX);
-        }
-        catch (const Exceptions::NotEnoughData&)
-        {
-            damage_.note(std::to_string(end_ - searchStart) + " bytes at " +
-                         std::to_string(searchStart) + " with no whole KLV key and length");
-            source_.seek(end_);
-            return;
-        }
-        catch (const Exceptions::InvalidFormat& e)
-        {
-            // The key and the first length byte are consumed; the search goes on after them.
-            damage_.note("key at " + std::to_string(source_.position() - KLV::Key::SIZE - 1) +
-                         ": " + e.what());
-            return;
-        }
         if (skipped > 0)
             damage_.note(std::to_string(skipped) + " bytes at " + std::to_string(searchStart) +
                          " with no KLV key");
-
-        const UInt64 offset = item->keyPosition;
-        const UInt64 valueStart = item->value.position();
-        const bool cutShort = item->length > end_ - valueStart;
         // The primer and the RIP share the first 13 bytes of the partition pack key.
-        if (RandomIndexPack::isRandomIndexPack(item->key))
-            readRIP(*item);
-        else if (PartitionPack::isPartitionPack(item->key) &&
-                 !Packs::PrimerPack::isPrimerPack(item->key))
-            readPartitionPack(*item);
-        if (cutShort)
-        {
-            damage_.note("item at " + std::to_string(offset) + " declares " +
-                         std::to_string(item->length) + " bytes of value, the file has " +
-                         std::to_string(end_ - valueStart) + " left");
-            // Whatever the length says, the value's bytes may still hold the next keys.
-            item.reset();
-            source_.seek(valueStart);
-        }
+        if (RandomIndexPack::isRandomIndexPack(item.key))
+            readRIP(item);
+        else if (PartitionPack::isPartitionPack(item.key) &&
+                 !Packs::PrimerPack::isPrimerPack(item.key))
+            readPartitionPack(item);
+    }
+
+    void noItem(UInt64 searchStart) override
+    {
+        damage_.note(std::to_string(end_ - searchStart) + " bytes at " +
+                     std::to_string(searchStart) + " with no whole KLV key and length");
+    }
+
+    void finish() override
+    {
+        checkLayout();
+        printRIPs();
     }
 
     void readPartitionPack(KLV::KLVItem& item)
     {
+        const UInt64 end = item.value.position() + item.length;
         try
         {
-            packs_.push_back({item.keyPosition, PartitionPack(item)});
+            packs_.push_back({item.keyPosition, end, PartitionPack(item)});
         }
         catch (const Exceptions::BaseException& e)
         {
-            out_ << item.keyPosition << " unreadable partition pack: " << e.what() << '\n';
+            if (out_)
+                *out_ << item.keyPosition << " unreadable partition pack: " << e.what() << '\n';
             damage_.note("partition pack at " + std::to_string(item.keyPosition) + ": " + e.what());
             return;
         }
@@ -201,24 +137,26 @@ private:
         }
     }
 
-    void print(const FoundPack& found)
+    void print(const FoundPartition& found)
     {
+        if (!out_)
+            return;
         const PartitionPack& pack = found.pack;
-        out_ << found.offset << ' ' << kindName(pack) << ' ' << statusName(pack) << ' '
-             << pack.thisPartition().value() << ' ' << pack.previousPartition().value() << ' '
-             << pack.footerPartition().value() << ' ' << pack.headerByteCount().value() << ' '
-             << pack.indexByteCount().value() << ' ' << pack.indexSID().value() << ' '
-             << pack.bodySID().value() << ' ' << pack.kagSize().value() << ' '
-             << label(pack.operationalPattern().data()) << ' '
-             << containers(pack.essenceContainers()) << '\n';
+        *out_ << found.offset << ' ' << kindName(pack) << ' ' << statusName(pack) << ' '
+              << pack.thisPartition().value() << ' ' << pack.previousPartition().value() << ' '
+              << pack.footerPartition().value() << ' ' << pack.headerByteCount().value() << ' '
+              << pack.indexByteCount().value() << ' ' << pack.indexSID().value() << ' '
+              << pack.bodySID().value() << ' ' << pack.kagSize().value() << ' '
+              << label(pack.operationalPattern().data()) << ' '
+              << containers(pack.essenceContainers()) << '\n';
     }
 
     // Packs are found in file order, so the offsets are ascending.
-    const FoundPack* packAt(UInt64 offset) const
+    const FoundPartition* packAt(UInt64 offset) const
     {
-        const auto found =
-            std::lower_bound(packs_.begin(), packs_.end(), offset,
-                             [](const FoundPack& pack, UInt64 at) { return pack.offset < at; });
+        const auto found = std::lower_bound(packs_.begin(), packs_.end(), offset,
+                                            [](const FoundPartition& pack, UInt64 at)
+                                            { return pack.offset < at; });
         return found != packs_.end() && found->offset == offset ? &*found : nullptr;
     }
 
@@ -231,15 +169,15 @@ private:
             damage_.note("no partition pack");
             return;
         }
-        const FoundPack* footer = nullptr;
-        for (const FoundPack& found : packs_)
+        const FoundPartition* footer = nullptr;
+        for (const FoundPartition& found : packs_)
             if (found.pack.partitionKind() == PartitionPack::FOOTER_PARTITION)
                 footer = &found;
         if (!footer)
             damage_.note("no footer partition");
         for (std::size_t i = 0; i < packs_.size(); ++i)
         {
-            const FoundPack& found = packs_[i];
+            const FoundPartition& found = packs_[i];
             const std::string at = "partition pack at " + std::to_string(found.offset);
             const UInt64 self = found.pack.thisPartition().value();
             if (self != found.offset)
@@ -258,8 +196,8 @@ private:
 
     void printRIPs()
     {
-        if (rips_.empty())
-            out_ << "no random index pack\n";
+        if (rips_.empty() && out_)
+            *out_ << "no random index pack\n";
         for (const FoundRIP& found : rips_)
             printRIP(found);
     }
@@ -273,7 +211,7 @@ private:
         {
             listed.insert(entry.byteOffset);
             std::string what;
-            const FoundPack* pack = packAt(entry.byteOffset);
+            const FoundPartition* pack = packAt(entry.byteOffset);
             const bool matches = pack && pack->pack.bodySID().value() == entry.bodySID;
             if (!pack)
                 what = "no partition pack there";
@@ -286,7 +224,7 @@ private:
             lines.push_back("  body SID " + std::to_string(entry.bodySID) + " at " +
                             std::to_string(entry.byteOffset) + ": " + what);
         }
-        for (const FoundPack& pack : packs_)
+        for (const FoundPartition& pack : packs_)
         {
             if (listed.count(pack.offset) == 0)
             {
@@ -294,29 +232,34 @@ private:
                 lines.push_back("  not listed: partition pack at " + std::to_string(pack.offset));
             }
         }
-        out_ << found.offset << " random index pack: " << found.rip.entries().size() << " entries, "
-             << (agree ? "agree" : "disagree") << " with the partition packs found\n";
-        for (const std::string& line : lines)
-            out_ << line << '\n';
+        if (out_)
+        {
+            *out_ << found.offset << " random index pack: " << found.rip.entries().size()
+                  << " entries, " << (agree ? "agree" : "disagree")
+                  << " with the partition packs found\n";
+            for (const std::string& line : lines)
+                *out_ << line << '\n';
+        }
         if (!agree)
             damage_.note("random index pack at " + std::to_string(found.offset) +
                          " disagrees with the partition packs found");
     }
 
-    DataIO::RandomAccessDataSource& source_;
-    std::ostream& out_;
-    const UInt64 end_;
-    KLV::KLVReader reader_;
-    std::vector<FoundPack> packs_;
+    std::ostream* out_;
+    std::vector<FoundPartition> packs_;
     std::vector<FoundRIP> rips_;
-    Damage damage_;
 };
 
 } // namespace
 
 PartitionsWalkResult walkPartitions(DataIO::RandomAccessDataSource& source, std::ostream& out)
 {
-    return Walk(source, out).run();
+    return Walk(source, &out).run();
+}
+
+PartitionsWalkResult findPartitions(DataIO::RandomAccessDataSource& source)
+{
+    return Walk(source, nullptr).run();
 }
 
 } // namespace Halvorn::Inspect

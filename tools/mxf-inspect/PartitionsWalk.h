@@ -1,17 +1,29 @@
 #pragma once
 
 #include "MXF/SDK/DataIO/DataSource.h"
+#include "MXF/SDK/Packs/PartitionPack.h"
 
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 namespace Halvorn::Inspect
 {
+
+// A partition pack read whole: where its key is, where the item ends, what it says.
+struct FoundPartition
+{
+    MXF::SDK::Platform::UInt64 offset;
+    MXF::SDK::Platform::UInt64 end;
+    MXF::SDK::Packs::PartitionPack pack;
+};
 
 struct PartitionsWalkResult
 {
     // Partition packs read whole.
     MXF::SDK::Platform::UInt64 partitions = 0;
+    // The same, in file order.
+    std::vector<FoundPartition> packs;
     // What is wrong with the file, on one line; empty when nothing is.
     std::string damage;
     // The source failed (an I/O error): the walk stopped there, and `damage` says why.
@@ -33,5 +45,7 @@ struct PartitionsWalkResult
 // they are, and a RIP that disagrees. Never throws for damaged bytes nor for a failing source.
 PartitionsWalkResult walkPartitions(MXF::SDK::DataIO::RandomAccessDataSource& source,
                                     std::ostream& out);
+// The same walk, with the same result, but no report.
+PartitionsWalkResult findPartitions(MXF::SDK::DataIO::RandomAccessDataSource& source);
 
 } // namespace Halvorn::Inspect

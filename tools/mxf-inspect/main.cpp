@@ -19,6 +19,7 @@ struct Subcommand
 constexpr Subcommand SUBCOMMANDS[] = {
     {"klv", klvCommand, "klv FILE"},
     {"partitions", partitionsCommand, "partitions FILE"},
+    {"metadata", metadataCommand, METADATA_USAGE},
 };
 
 int usage()
