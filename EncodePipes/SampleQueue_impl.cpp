@@ -24,6 +24,15 @@ bool isEndMark(const Slice& slice)
     return slice.begin() == nullptr;
 }
 
+// One slice over the whole of `sample` (null for the end mark), on an adapter that takes over one
+// reference on it. The slice adds one and the adapter's first is dropped here, which leaves the
+// slice as the holder of that reference.
+SlicePtr sliceOf(Sample* sample)
+{
+    const BlockPtr adapter = BlockPtr::adopt(new SampleBlockAdapter(sample));
+    return Slice::make(adapter.get(), 0, sample != nullptr ? sample->size() : 0);
+}
+
 } // namespace
 
 SampleQueue_impl::SampleQueue_impl(bool blocking) : blocking_(blocking) {}
@@ -44,38 +53,56 @@ std::unique_lock<std::mutex> SampleQueue_impl::lock() const
 
 bool SampleQueue_impl::enqueue(Sample* sample, std::uint32_t timeoutMicroseconds)
 {
-    auto guard = lock();
-    // Only the bytes already queued count, so that a sample larger than the bound still gets in.
-    const auto hasRoom = [this] { return queuedSize_ <= maximumBytes_; };
-    // The clock is read only when there is a wait to time.
-    if (!hasRoom() &&
-        !spaceAvailable_.wait_until(guard,
-                                    std::chrono::steady_clock::now() +
-                                        std::chrono::microseconds(timeoutMicroseconds),
-                                    hasRoom))
-        return false;
-    push(sample);
-    dataAvailable_.notify_all();
+    // The slice is made before the lock, so that the consumer never waits on its allocations. It
+    // holds a reference of its own until it is queued: a failure leaves the caller's untouched.
+    sample->addReference();
+    SlicePtr slice = sliceOf(sample);
+    bool wake = false;
+    {
+        auto guard = lock();
+        // Only the bytes already queued count, so that a sample larger than the bound still gets
+        // in.
+        const auto hasRoom = [this] { return queuedSize_ <= maximumBytes_; };
+        // The clock is read only when there is a wait to time.
+        if (!hasRoom())
+        {
+            ++spaceWaiters_;
+            const bool room = spaceAvailable_.wait_until(
+                guard,
+                std::chrono::steady_clock::now() + std::chrono::microseconds(timeoutMicroseconds),
+                hasRoom);
+            --spaceWaiters_;
+            if (!room)
+                return false;
+        }
+        push(std::move(slice));
+        // Queued, the slice stands for the caller's reference. Dropped under the lock, as no
+        // consumer can have released the slice yet, so the sample cannot die here.
+        sample->release();
+        wake = dataWaiters_ != 0;
+    }
+    // After the unlock, so that the consumer does not wake only to wait for the mutex.
+    if (wake)
+        dataAvailable_.notify_all();
     return true;
 }
 
 void SampleQueue_impl::close()
 {
+    SlicePtr endMark = sliceOf(nullptr);
     auto guard = lock();
     closed_ = true;
-    push(nullptr);
+    push(std::move(endMark));
+    // Under the lock, unlike `enqueue`: a consumer that sees the end may go on to destroy the
+    // queue.
     dataAvailable_.notify_all();
 }
 
-void SampleQueue_impl::push(Sample* sample)
+void SampleQueue_impl::push(SlicePtr slice)
 {
-    const UInt64 size = sample != nullptr ? sample->size() : 0;
-    // The adapter takes over the caller's reference and the slice adds one; dropping the adapter's
-    // first reference here leaves the slice as the sample's only holder.
-    const BlockPtr adapter = BlockPtr::adopt(new SampleBlockAdapter(sample));
-    slices_.push_back(Slice::make(adapter.get(), 0, size));
-    queuedSize_ += size;
-    totalEnqueued_ += size;
+    queuedSize_ += slice->size;
+    totalEnqueued_ += slice->size;
+    slices_.push_back(std::move(slice));
 }
 
 bool SampleQueue_impl::atEnd() const
@@ -103,17 +130,29 @@ std::uint64_t SampleQueue_impl::size()
 
 SlicePtr SampleQueue_impl::read(UInt64 /*maxSize*/)
 {
-    auto guard = lock();
-    // A closed queue is never empty: its end mark stays at the front for good.
-    if (!blocking_ && slices_.empty())
-        return std::make_unique<Slice>();
-    dataAvailable_.wait(guard, [this] { return !slices_.empty(); });
-    if (atEnd())
-        return std::make_unique<Slice>();
-    SlicePtr front = std::move(slices_.front());
-    slices_.pop_front();
-    queuedSize_ -= front->size;
-    spaceAvailable_.notify_all();
+    SlicePtr front;
+    bool wake = false;
+    {
+        auto guard = lock();
+        // A closed queue is never empty: its end mark stays at the front for good.
+        if (!blocking_ && slices_.empty())
+            return std::make_unique<Slice>();
+        if (slices_.empty())
+        {
+            ++dataWaiters_;
+            dataAvailable_.wait(guard, [this] { return !slices_.empty(); });
+            --dataWaiters_;
+        }
+        if (atEnd())
+            return std::make_unique<Slice>();
+        front = std::move(slices_.front());
+        slices_.pop_front();
+        queuedSize_ -= front->size;
+        wake = spaceWaiters_ != 0;
+    }
+    // After the unlock, as in `enqueue`.
+    if (wake)
+        spaceAvailable_.notify_all();
     return front;
 }
 

@@ -49,8 +49,8 @@ public:
 
 private:
     std::unique_lock<std::mutex> lock() const;
-    // With the lock held; a null sample is the end mark.
-    void push(Sample* sample);
+    // With the lock held.
+    void push(MXF::SDK::DataIO::SlicePtr slice);
     bool atEnd() const;
 
     const bool blocking_;
@@ -62,6 +62,9 @@ private:
     std::uint64_t queuedSize_ = 0;
     std::uint64_t maximumBytes_ = DEFAULT_MAXIMUM_SIZE;
     bool closed_ = false;
+    // Threads waiting on each condition: nobody is notified while nobody waits.
+    std::uint32_t dataWaiters_ = 0;
+    std::uint32_t spaceWaiters_ = 0;
 };
 
 // Lends a queue as a slice source that its user may own and delete; the queue stays where it is.

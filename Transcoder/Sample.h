@@ -1,8 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
-#include <memory>
 
 namespace MXF::SDK::DataIO
 {
@@ -65,15 +65,22 @@ public:
     // `size` bytes, left uninitialised for the creator to fill. Buffers are 32-bit like every
     // memory block: a larger `size` keeps its low 32 bits, for the buffer and `size()` alike.
     HalvornSample(std::uint32_t trackId, std::uint64_t size);
+    ~HalvornSample() override;
 
-    std::uint8_t* data() override { return buffer_.get(); }
+    std::uint8_t* data() override { return buffer_; }
     std::uint64_t size() const override { return size_; }
     std::uint32_t trackId() const { return trackId_; }
+
+    // Samples are made on the decoding thread and die on the wrapping one, hundreds of thousands
+    // a second at audio sizes. Objects and small buffers come from free lists that the threads
+    // trade in batches, as the heap's own caches help only a thread that frees what it made.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* pointer, std::size_t size) noexcept;
 
 private:
     std::uint32_t trackId_;
     std::uint64_t size_;
-    std::unique_ptr<std::uint8_t[]> buffer_;
+    std::uint8_t* buffer_;
 };
 
 // A copy of a whole block, so that the sample keeps no reference on the block and may outlive the

@@ -1,8 +1,9 @@
 // Samples through the sample queue between two threads, against a ring buffer of the same
 // capacity that copies every byte in and out with memcpy, in the same run. The queue hands over
 // pointers, so at 1 MiB a sample it should move several times the ring's bytes a second; at 4 KiB
-// what counts is samples a second. QueueTransfer makes and frees a sample for each one, as a job
-// does, so the heap's cost is in its figure; QueueHandOver sends one sample over and over.
+// what counts is samples a second. QueueTransfer makes a sample for each one on the producer and
+// frees it on the consumer, as a job does, so the cost of their memory is in its figure;
+// QueueHandOver sends one sample over and over.
 #include "EncodePipes/SampleQueue_impl.h"
 
 #include <algorithm>

@@ -80,18 +80,17 @@ std::uint8_t firstByte(const Slice& slice)
     return *slice.begin();
 }
 
-} // namespace
-
-TEST(SampleQueue, MovesAGibibyteOfRandomSizedSamplesIntactInOrderAndFreesThemOnTheConsumer)
+// Sends `total` bytes in samples of 1 to `largest` bytes from a producer thread through a queue
+// bounded at `bound`, and checks that they come out intact, in order, and die on the consumer.
+void transferRandomSamples(std::uint64_t total, std::uint64_t largest, std::uint64_t bound)
 {
-    constexpr std::uint64_t LARGEST = 4 << 20;
-    const std::uint64_t total = transferBytes();
     const int liveBefore = liveSamples;
     releasedOnProducer = 0;
     // Samples are cut from random places of a pool, so that each one differs from its neighbours.
-    const std::vector<std::uint8_t> pool = patternBytes(3 * LARGEST, 7);
+    const std::vector<std::uint8_t> pool = patternBytes(3 * largest, 7);
 
     SampleQueue_impl queue(true);
+    queue.setMaximumSize(bound);
     std::uint64_t sentHash = 0;
     std::uint64_t sent = 0;
     std::uint64_t samplesSent = 0;
@@ -101,7 +100,7 @@ TEST(SampleQueue, MovesAGibibyteOfRandomSizedSamplesIntactInOrderAndFreesThemOnT
         {
             onProducer = true;
             std::mt19937_64 random(20261123);
-            std::uniform_int_distribution<std::uint64_t> sizes(1, LARGEST);
+            std::uniform_int_distribution<std::uint64_t> sizes(1, largest);
             while (sent < total)
             {
                 const std::uint64_t size = std::min(sizes(random), total - sent);
@@ -145,9 +144,23 @@ TEST(SampleQueue, MovesAGibibyteOfRandomSizedSamplesIntactInOrderAndFreesThemOnT
     EXPECT_EQ(queue.position(), total);
     EXPECT_EQ(queue.size(), 0u);
     // The bound holds, give or take the one sample it may admit on top.
-    EXPECT_LE(largestQueued, SampleQueue_impl::DEFAULT_MAXIMUM_SIZE + LARGEST);
+    EXPECT_LE(largestQueued, bound + largest);
     EXPECT_EQ(liveSamples, liveBefore);
     EXPECT_EQ(releasedOnProducer, 0);
+}
+
+} // namespace
+
+TEST(SampleQueue, MovesAGibibyteOfRandomSizedSamplesIntactInOrderAndFreesThemOnTheConsumer)
+{
+    transferRandomSamples(transferBytes(), 4 << 20, SampleQueue_impl::DEFAULT_MAXIMUM_SIZE);
+}
+
+// Audio-sized samples through a queue of a few dozen: both sides wait over and over, and the
+// memory of released samples is reused at once on the other thread.
+TEST(SampleQueue, MovesManySmallSamplesThroughAShortQueueIntact)
+{
+    transferRandomSamples(transferBytes() / 16, 8192, 0x20000);
 }
 
 TEST(SampleQueue, AdmitsWhileAtOrBelowItsBoundHoweverLargeTheSample)

@@ -3,9 +3,14 @@
 #include "Transcoder/Sample.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <cstring>
+#include <deque>
 #include <gtest/gtest.h>
+#include <mutex>
+#include <random>
 #include <thread>
+#include <vector>
 
 using namespace KEP::Halvorn;
 using namespace MXF::SDK::DataIO;
@@ -25,6 +30,14 @@ public:
     }
     ~CountedSample() override { --liveCounted; }
 };
+
+// Every byte of the sample is `tag`.
+bool holdsOnly(Sample& sample, std::uint8_t tag)
+{
+    const std::uint64_t size = sample.size();
+    return size == 0 || (sample.data()[0] == tag &&
+                         std::memcmp(sample.data(), sample.data() + 1, size - 1) == 0);
+}
 
 } // namespace
 
@@ -92,3 +105,111 @@ TEST(TWOSSample, AppendsValuesInHostOrderUntilFull)
     EXPECT_THROW(odd->append(8), MXF::SDK::Exceptions::InvalidLength);
     odd->release();
 }
+
+TEST(HalvornSample, SamplesOfAnySizeOwnTheirWholeBufferAloneAcrossReuse)
+{
+    // Sizes on both sides of every quarter of a power of two, from nothing to past 64 KiB.
+    std::vector<std::uint64_t> sizes{0, 1, 7, 8, 9, 63, 64, 65};
+    for (std::uint64_t power = 64; power <= 0x10000; power *= 2)
+        for (std::uint64_t edge : {power * 5 / 4, power * 3 / 2, power * 7 / 4, power * 2})
+            for (std::uint64_t size : {edge - 1, edge, edge + 1})
+                sizes.push_back(size);
+    // The second round gets what the first released.
+    for (std::uint8_t round = 0; round < 2; ++round)
+    {
+        std::vector<HalvornSample*> samples;
+        for (std::uint32_t i = 0; i < sizes.size(); ++i)
+        {
+            // Sample objects of two sizes.
+            HalvornSample* sample =
+                i % 2 == 0 ? new HalvornSample(i, sizes[i]) : new TWOSSample(i, sizes[i]);
+            ASSERT_EQ(sample->size(), sizes[i]);
+            ASSERT_NE(sample->data(), nullptr);
+            std::memset(sample->data(), static_cast<std::uint8_t>(i * 37 + round), sizes[i]);
+            samples.push_back(sample);
+        }
+        // Written all, each still holds its own bytes: no two share any.
+        for (std::uint32_t i = 0; i < samples.size(); ++i)
+        {
+            EXPECT_EQ(samples[i]->trackId(), i);
+            EXPECT_TRUE(holdsOnly(*samples[i], static_cast<std::uint8_t>(i * 37 + round)))
+                << "size " << sizes[i];
+        }
+        for (HalvornSample* sample : samples)
+            sample->release();
+    }
+}
+
+TEST(HalvornSample, SmallSamplesMadeOnOneThreadAndFreedOnAnotherStayIntact)
+{
+    const int before = liveCounted;
+    // Each round's threads end before the next starts, which reuses what they released.
+    for (int round = 0; round < 3; ++round)
+    {
+        std::mutex mutex;
+        std::condition_variable handedOn;
+        std::deque<HalvornSample*> handed;
+        bool done = false;
+        std::atomic<int> spoilt{0};
+        std::thread consumer(
+            [&]
+            {
+                for (;;)
+                {
+                    std::unique_lock lock(mutex);
+                    handedOn.wait(lock, [&] { return !handed.empty() || done; });
+                    if (handed.empty())
+                        return;
+                    HalvornSample* sample = handed.front();
+                    handed.pop_front();
+                    lock.unlock();
+                    if (!holdsOnly(*sample, static_cast<std::uint8_t>(sample->trackId())))
+                        ++spoilt;
+                    sample->release();
+                }
+            });
+        std::thread producer(
+            [&]
+            {
+                std::mt19937 random(round);
+                std::uniform_int_distribution<std::uint64_t> sizes(0, 9000);
+                for (std::uint32_t i = 0; i < 5000; ++i)
+                {
+                    HalvornSample* sample = new CountedSample(i, sizes(random));
+                    std::memset(sample->data(), static_cast<std::uint8_t>(i), sample->size());
+                    const std::lock_guard lock(mutex);
+                    handed.push_back(sample);
+                    handedOn.notify_one();
+                }
+                const std::lock_guard lock(mutex);
+                done = true;
+                handedOn.notify_one();
+            });
+        producer.join();
+        consumer.join();
+        EXPECT_EQ(spoilt, 0);
+    }
+    EXPECT_EQ(liveCounted, before);
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+// Reused memory must not hide faults from AddressSanitizer.
+TEST(HalvornSampleDeathTest, AddressSanitizerSeesPastTheEndAndAfterRelease)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            HalvornSample* sample = new HalvornSample(1, 100);
+            static_cast<volatile std::uint8_t*>(sample->data())[100] = 1;
+        },
+        "AddressSanitizer");
+    EXPECT_DEATH(
+        {
+            HalvornSample* sample = new HalvornSample(1, 4096);
+            volatile std::uint8_t* bytes = sample->data();
+            sample->release();
+            bytes[100] = 1;
+        },
+        "AddressSanitizer");
+}
+#endif
