@@ -21,8 +21,17 @@ using Quenfold::Helpers::Exceptions::QuenfoldHelpersException;
 
 const std::wstring MATERIAL_HEAD = L"/*[local-name()='MediaProfile']/*[local-name()='Contents']/"
                                    L"*[local-name()='Material'][@*[local-name()='umid']=\"";
+const std::wstring MATERIAL_URI_TAIL = L"\"]/@*[local-name()='uri']";
+const std::wstring COMPONENT_URI_TAIL = L"\"]/*[local-name()='Component']/@*[local-name()='uri']";
+const std::wstring COMPONENT_OFFSET_TAIL =
+    L"\"]/*[local-name()='Component']/@*[local-name()='offset']";
 const std::wstring SIDECAR_TAIL = L"\"]/*[local-name()='RelevantInfo'][./@*[local-name()='type']="
                                   L"\"XML\"]/@*[local-name()='uri']";
+
+const std::wstring SMIL_REFS =
+    L"/*[local-name()='smil']/*[local-name()='body']/"
+    L"*[local-name()='par']/*[local-name()='ref']/@*[local-name()='src']";
+const std::wstring UMID_URN = L"urn:smpte:umid:";
 
 const std::wstring PACKETS = L"/*[local-name()='NonRealTimeMeta']/*[local-name()='KlvPacketTable']/"
                              L"*[local-name()='KlvPacket']";
@@ -55,6 +64,19 @@ std::size_t markLimit(const wchar_t* path)
     if (error)
         size = XMLHandler::MAX_DOCUMENT_SIZE;
     return static_cast<std::size_t>(MARK_SCAN_BUDGET / std::max<std::uintmax_t>(size, 1));
+}
+
+// The kind of a material by its uri: the four characters after "./", in any letter case, name the
+// folder of clips or of takes.
+std::wstring uriKind(const std::wstring& uri)
+{
+    if (uri.size() < 6)
+        return {};
+    std::wstring kind = uri.substr(2, 4);
+    for (wchar_t& c : kind)
+        if (c >= L'A' && c <= L'Z')
+            c = static_cast<wchar_t>(c - L'A' + L'a');
+    return kind;
 }
 
 // Compared over the length of the key as written, so a cut-off key still counts.
@@ -92,7 +114,14 @@ struct ClipMetadata::Impl
     XMLHandler document;
     std::wstring mediaProfileFolder;
     std::wstring mediaProfileFile;
+    std::vector<std::wstring> files;
+    std::wstring clipUmid;
     ClipMaterials materials;
+
+    std::wstring componentUri(const std::wstring& umid)
+    {
+        return stringOrEmpty(document, MATERIAL_HEAD + umid + COMPONENT_URI_TAIL);
+    }
 };
 
 ClipMetadata::ClipMetadata() : impl_(std::make_unique<Impl>()) {}
@@ -115,6 +144,81 @@ bool ClipMetadata::load(const wchar_t* path)
     impl_->mediaProfileFile = path;
     impl_->mediaProfileFolder = mediaProfileFolder(path);
     return true;
+}
+
+std::vector<std::wstring> ClipMetadata::filesForUmid(const wchar_t* umid)
+{
+    Impl& m = *impl_;
+    m.files.clear();
+    const std::wstring own = orEmpty(umid);
+    try
+    {
+        const std::wstring uri = stringOrEmpty(m.document, MATERIAL_HEAD + own + MATERIAL_URI_TAIL);
+        if (uri.empty())
+        {
+            logEntry(LOG_ERROR, L"Unable to retrieve uri in material node for umid: ") << own;
+            return m.files;
+        }
+        const std::wstring kind = uriKind(uri);
+        if (kind == L"clpr")
+        {
+            m.clipUmid = own;
+            const std::wstring component = m.componentUri(own);
+            if (!component.empty())
+                m.files.push_back(m.mediaProfileFolder + component);
+            loadMaterialsForUmids({own});
+        }
+        else if (kind == L"takr")
+        {
+            try
+            {
+                loadTake(m.mediaProfileFolder + uri);
+            }
+            catch (const QuenfoldHelpersException& e)
+            {
+                logEntry(LOG_TRACE, L"Unable to open SMILE file pointed by TAKE UMID. (")
+                    << e.message() << L")";
+            }
+        }
+    }
+    catch (...)
+    {
+        // What was found before the failure stands.
+    }
+    return m.files;
+}
+
+void ClipMetadata::loadTake(const std::wstring& smilFile)
+{
+    Impl& m = *impl_;
+    XMLHandler smil;
+    smil.loadFile(smilFile.c_str());
+    std::vector<std::wstring> umids;
+    if (smil.exists(SMIL_REFS.c_str()))
+        umids = smil.getStrings(SMIL_REFS.c_str());
+    for (std::wstring& clip : umids)
+        if (clip.starts_with(UMID_URN))
+            clip.erase(0, UMID_URN.size());
+    if (!umids.empty())
+        m.clipUmid = umids.front();
+    for (const std::wstring& clip : umids)
+    {
+        const std::wstring component = m.componentUri(clip);
+        if (!component.empty())
+            m.files.push_back(m.mediaProfileFolder + component);
+        else
+            logEntry(LOG_TRACE, L"Didn't find matching material node for take clip with umid: ")
+                << clip;
+    }
+    loadMaterialsForUmids(umids);
+}
+
+int ClipMetadata::componentOffset()
+{
+    if (impl_->clipUmid.empty())
+        return 0;
+    const std::wstring offset = MATERIAL_HEAD + impl_->clipUmid + COMPONENT_OFFSET_TAIL;
+    return impl_->document.exists(offset.c_str()) ? impl_->document.getInt(offset.c_str()) : 0;
 }
 
 std::wstring ClipMetadata::xmlFileForUmid(const wchar_t* umid)

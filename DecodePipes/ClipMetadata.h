@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DecodePipes/BaseDecodePipe.h"
+#include "DecodePipes/IDecodePipe.h"
 
 #include <cstdint>
 #include <memory>
@@ -33,6 +33,14 @@ public:
 
     // Parses the MediaProfile document. False, after a log line, when it can't be read.
     bool load(const wchar_t* path);
+    // The media files of a material: for a clip its one Component; for a take, through the take's
+    // SMIL edit list, the Component of each clip it names, in order. The marks of those clips
+    // are loaded on the way. Empty, after a log line, when the material or its uri is unknown;
+    // a failure part of the way gives the files found until then.
+    std::vector<std::wstring> filesForUmid(const wchar_t* umid);
+    // The Component offset of the clip found by the last filesForUmid (for a take, its first
+    // clip); 0 when there is none.
+    int componentOffset();
     // The NonRealTimeMeta file of a material: the MediaProfile's folder joined with the uri of its
     // RelevantInfo of type "XML". Empty when there is none.
     std::wstring xmlFileForUmid(const wchar_t* umid);
@@ -57,6 +65,9 @@ public:
     static std::wstring decode(std::wstring_view hex, bool wide);
 
 private:
+    // The clips of a take, by the `ref` elements of its SMIL edit list.
+    void loadTake(const std::wstring& smilFile);
+
     struct Impl;
     std::unique_ptr<Impl> impl_;
 };

@@ -1,6 +1,6 @@
 #include "Transcoder/KEPTranscoderImpl.h"
 
-#include "DecodePipes/BaseDecodePipe.h"
+#include "DecodePipes/IDecodePipe.h"
 #include "EncodePipes/AvidEncodePipe.h"
 #include "EncodePipes/BaseEncodePipe.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
@@ -18,7 +18,7 @@
 namespace KEP::Halvorn
 {
 
-using DecodePipes::BaseDecodePipe;
+using DecodePipes::IDecodePipe;
 using EncodePipes::BaseEncodePipe;
 
 KEPTranscoder::Impl::Impl(KEPTranscoder& owner)
@@ -38,7 +38,7 @@ bool KEPTranscoder::Impl::setDecodePipe(KEPDecodePipe* pipe)
     if (pipe == nullptr || (state_ != Unlinked && state_ != Ready))
         return false;
     // A pipe of another library is taken and leaves the transcoder unable to run.
-    decodePipe_ = dynamic_cast<BaseDecodePipe*>(pipe);
+    decodePipe_ = dynamic_cast<IDecodePipe*>(pipe);
     state_ = decodePipe_ != nullptr && encodePipe_ != nullptr ? Ready : Unlinked;
     return true;
 }
@@ -205,7 +205,7 @@ void KEPTranscoder::Impl::notifyDone()
 
 // Nothing here touches the transcoder after its last callback: a host may unlink or delete it
 // from cbDone.
-void KEPTranscoder::Impl::work(BaseDecodePipe& decoder, BaseEncodePipe& encoder)
+void KEPTranscoder::Impl::work(IDecodePipe& decoder, BaseEncodePipe& encoder)
 {
     logEntry(LOG_TRACE, L"Inside transcode thread.");
     try
@@ -235,7 +235,7 @@ void KEPTranscoder::Impl::work(BaseDecodePipe& decoder, BaseEncodePipe& encoder)
     logEntry(LOG_TRACE, L"exiting transcode thread.");
 }
 
-bool KEPTranscoder::Impl::runJob(BaseDecodePipe& decoder, BaseEncodePipe& encoder)
+bool KEPTranscoder::Impl::runJob(IDecodePipe& decoder, BaseEncodePipe& encoder)
 {
     if (!decoder.isInputSet())
     {
@@ -279,7 +279,7 @@ bool KEPTranscoder::Impl::runJob(BaseDecodePipe& decoder, BaseEncodePipe& encode
     return true;
 }
 
-void KEPTranscoder::Impl::pump(BaseDecodePipe& decoder, BaseEncodePipe& encoder)
+void KEPTranscoder::Impl::pump(IDecodePipe& decoder, BaseEncodePipe& encoder)
 {
     while (!stopRequested_)
     {

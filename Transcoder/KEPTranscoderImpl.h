@@ -19,7 +19,7 @@ namespace KEP::Halvorn
 
 namespace DecodePipes
 {
-class BaseDecodePipe;
+class IDecodePipe;
 }
 namespace EncodePipes
 {
@@ -59,9 +59,9 @@ public:
 
 private:
     std::unique_lock<std::mutex> lock() { return std::unique_lock(mutex_); }
-    void work(DecodePipes::BaseDecodePipe& decoder, EncodePipes::BaseEncodePipe& encoder);
-    bool runJob(DecodePipes::BaseDecodePipe& decoder, EncodePipes::BaseEncodePipe& encoder);
-    void pump(DecodePipes::BaseDecodePipe& decoder, EncodePipes::BaseEncodePipe& encoder);
+    void work(DecodePipes::IDecodePipe& decoder, EncodePipes::BaseEncodePipe& encoder);
+    bool runJob(DecodePipes::IDecodePipe& decoder, EncodePipes::BaseEncodePipe& encoder);
+    void pump(DecodePipes::IDecodePipe& decoder, EncodePipes::BaseEncodePipe& encoder);
     void conclude(EncodePipes::BaseEncodePipe& encoder);
     // False when no dictionary file was set; throws when the file cannot be read or is not a
     // dictionary, and then tries again on the next call.
@@ -77,7 +77,7 @@ private:
     bool dictionaryLoaded_ = false;
     KEPTranscoder& owner_;
     std::atomic<State> state_{Unlinked};
-    DecodePipes::BaseDecodePipe* decodePipe_ = nullptr;
+    DecodePipes::IDecodePipe* decodePipe_ = nullptr;
     EncodePipes::BaseEncodePipe* encodePipe_ = nullptr;
     std::thread thread_;
     std::mutex mutex_;

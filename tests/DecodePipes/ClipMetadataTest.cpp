@@ -16,6 +16,7 @@ using KEP::Quenfold::Helpers::Exceptions::QuenfoldHelpersException;
 using namespace Halvorn::Test;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 namespace
 {
@@ -190,6 +191,45 @@ TEST(ClipMetadata, PutsTheMarksOfATakeOnOneTimeLine)
                  QuenfoldHelpersException);
     EXPECT_EQ(broken.materials().size(), 4u);
     EXPECT_EQ(broken.materials().at(299), mark(L"Caf\u00e9"));
+}
+
+TEST(ClipMetadata, FindsTheMediaFilesOfAClipOrATakeByUmid)
+{
+    RecordingLogger logger;
+    ScopedLogger installed(logger);
+    ClipMetadata metadata;
+    EXPECT_EQ(metadata.componentOffset(), 0) << "no clip yet";
+    EXPECT_THAT(metadata.filesForUmid(CLIP.c_str()), IsEmpty()) << "no profile yet";
+    ASSERT_TRUE(metadata.load(sidecar("BPAV/MEDIAPRO.XML").c_str()));
+    const std::wstring folder = sidecar("BPAV/");
+    EXPECT_THAT(metadata.filesForUmid(TAKE.c_str()),
+                ElementsAre(folder + L"./CLPR/100_0002_01/100_0002_01.MP4",
+                            folder + L"./CLPR/100_0002_02/100_0002_02.MP4"));
+    // The marks of both clips, the second's after the 300 frames of the first.
+    EXPECT_EQ(metadata.materials().size(), 7u);
+    EXPECT_EQ(metadata.materials().at(360), mark(L"\u7d42"));
+    EXPECT_EQ(metadata.componentOffset(), 0);
+    // Each call's result replaces the last.
+    EXPECT_THAT(metadata.filesForUmid(CLIP.c_str()),
+                ElementsAre(folder + L"./CLPR/100_0001_01/100_0001_01.MP4"));
+    EXPECT_THAT(metadata.filesForUmid(PROXY.c_str()), IsEmpty()) << "a proxy is no material";
+    const std::wstring noUri = L"Unable to retrieve uri in material node for umid: ";
+    EXPECT_THAT(logger.texts(), ElementsAre(noUri + CLIP, noUri + PROXY));
+    EXPECT_EQ(logger.lines()[1].level, 3);
+
+    // A clip's sidecar that can't be parsed ends the take's resolution with the files found so
+    // far, and is told as a failure of the SMIL file.
+    TempDir dir;
+    std::filesystem::copy(dataDir() + "/BPAV", dir.path() / "BPAV",
+                          std::filesystem::copy_options::recursive);
+    write(dir.path() / "BPAV/CLPR/100_0002_02/100_0002_02M01.XML", "<NonRealTimeMeta><Duration");
+    ClipMetadata broken;
+    ASSERT_TRUE(broken.load(dir.file(L"BPAV/MEDIAPRO.XML").c_str()));
+    logger.clear();
+    EXPECT_EQ(broken.filesForUmid(TAKE.c_str()).size(), 2u);
+    EXPECT_EQ(broken.materials().size(), 4u);
+    EXPECT_THAT(logger.texts(),
+                ElementsAre(StartsWith(L"Unable to open SMILE file pointed by TAKE UMID. (")));
 }
 
 TEST(ClipMetadata, DecodesTheEdgesOfLengthValue)

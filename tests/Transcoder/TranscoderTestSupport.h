@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DecodePipes/BaseDecodePipe.h"
+#include "DecodePipes/IDecodePipe.h"
 #include "EncodePipes/AvidEncodePipe.h"
 #include "EncodePipes/BaseEncodePipe.h"
 #include "KEP/Halvorn/IKEPHalvornLogger.h"
@@ -223,7 +223,7 @@ struct PipeFailure
 };
 
 // A decode pipe that makes `sampleCount` samples; every step is logged to the journal.
-class TestDecodePipe : public DecodePipes::BaseDecodePipe
+class TestDecodePipe : public DecodePipes::IDecodePipe
 {
 public:
     explicit TestDecodePipe(Journal& journal) : journal_(journal) {}
