@@ -98,3 +98,10 @@ find "$data/sidecars" -type f ! -name README.md | while read -r file; do
     name=${file#"$data/sidecars/"}
     cp "$file" "$sidecars/${name//\//_}"
 done
+
+# fuzz_essence: small fixtures whole, clip- and frame-wrapped, and a cut one.
+essence="$1/essence"
+mkdir -p "$essence"
+for fixture in opatom_pcm imx50_625 damaged_truncated_30; do
+    cp "$data/$fixture.mxf" "$essence/$fixture"
+done

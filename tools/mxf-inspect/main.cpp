@@ -20,6 +20,8 @@ constexpr Subcommand SUBCOMMANDS[] = {
     {"klv", klvCommand, "klv FILE"},
     {"partitions", partitionsCommand, "partitions FILE"},
     {"metadata", metadataCommand, METADATA_USAGE},
+    {"index", indexCommand, "index FILE"},
+    {"essence", essenceCommand, ESSENCE_USAGE},
 };
 
 int usage()

@@ -1,0 +1,53 @@
+#include "MXF/SDK/MXFIO/ElementReader.h"
+
+#include "MXF/SDK/DataIO/DataSource.h"
+
+#include <algorithm>
+
+namespace MXF::SDK::MXFIO
+{
+
+BaseElementEssenceReader::BaseElementEssenceReader(Seeker& seeker,
+                                                   DataIO::RandomAccessDataSource& source,
+                                                   UInt32 trackNumber, Int64 duration)
+    : seeker_(seeker), source_(source), trackNumber_(trackNumber), duration_(duration)
+{
+}
+
+std::optional<ElementPlace> BaseElementEssenceReader::place(Int64 editUnit)
+{
+    if (editUnit < 0 || (duration_ > 0 && editUnit >= duration_))
+        return std::nullopt;
+    if (!last_ || last_->first != editUnit)
+        last_.emplace(editUnit, seeker_.locate(trackNumber_, editUnit));
+    return last_->second;
+}
+
+bool BaseElementEssenceReader::read(std::vector<Platform::Byte>& data)
+{
+    data.clear();
+    const std::optional<ElementPlace> found = place(position_);
+    if (!found)
+        return false;
+    source_.seek(found->dataPosition);
+    // An element the file ends in gives what there is of it.
+    const UInt64 size = std::min(found->size, source_.remaining());
+    data.resize(std::size_t(size));
+    data.resize(std::size_t(source_.read(data.data(), size)));
+    ++position_;
+    return true;
+}
+
+bool BaseElementEssenceReader::isAtEnd()
+{
+    return !place(position_).has_value();
+}
+
+UInt32 BaseElementEssenceReader::order() const
+{
+    const auto& elements = seeker_.elements();
+    const auto found = elements.find(trackNumber_);
+    return found == elements.end() ? UINT32_MAX : found->second;
+}
+
+} // namespace MXF::SDK::MXFIO

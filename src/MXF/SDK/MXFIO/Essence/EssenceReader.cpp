@@ -1,0 +1,225 @@
+#include "MXF/SDK/MXFIO/EssenceReader.h"
+
+#include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/Metadata/Structural/Structural.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace MXF::SDK::MXFIO
+{
+
+using namespace Metadata::Structural;
+
+namespace
+{
+
+// Products of 64-bit positions and 32-bit rates.
+__extension__ typedef __int128 Wide;
+
+// SMPTE RP 224 data definitions 06 0E 2B 34 04 01 01 vv 01 03 02 02 0k 00 00 00: k 1 picture,
+// 2 sound, 3 data. Null for any other, timecode among them.
+std::optional<TrackKind> kindOf(const Types::UniversalLabel& label)
+{
+    static const Platform::Byte prefix[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01};
+    static const Platform::Byte essence[] = {0x01, 0x03, 0x02, 0x02};
+    const Platform::Byte* l = label.data();
+    if (std::memcmp(l, prefix, 7) != 0 || std::memcmp(l + 8, essence, 4) != 0 || l[13] != 0 ||
+        l[14] != 0 || l[15] != 0)
+        return std::nullopt;
+    switch (l[12])
+    {
+    case 1:
+        return TrackKind::PICTURE;
+    case 2:
+        return TrackKind::SOUND;
+    case 3:
+        return TrackKind::DATA;
+    default:
+        return std::nullopt;
+    }
+}
+
+bool positive(const Types::Rational& rate)
+{
+    return !rate.isUndefined() && rate.denominator() != 0 &&
+           (rate.numerator() > 0) == (rate.denominator() > 0) && rate.numerator() != 0;
+}
+
+Track* trackByID(GenericPackage& package, UInt32 id)
+{
+    for (UInt32 i = 0; i < package.tracksCount(); ++i)
+        if (Track* track = package.track(i))
+            if (track->trackID() != nullptr && track->trackID()->value() == id)
+                return track;
+    return nullptr;
+}
+
+} // namespace
+
+Int64 EssenceReader::convertPosition(Int64 position, const Types::Rational& currentEditRate,
+                                     const Types::Rational& editRate)
+{
+    MXF_SDK_CHECK_AS(positive(currentEditRate), "currentEditRate > 0",
+                     "Edit rate non-greater than zero.", Exceptions::InvalidValue);
+    MXF_SDK_CHECK_AS(positive(editRate), "editRate > 0", "Edit rate non-greater than zero.",
+                     Exceptions::InvalidValue);
+    if (position < 0)
+        return position;
+    // Position to time at the first rate, time to position at the second, truncated.
+    const Wide num = Wide(position) * editRate.numerator() * currentEditRate.denominator();
+    const Wide den = Wide(editRate.denominator()) * currentEditRate.numerator();
+    return Int64(num / den);
+}
+
+EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& package)
+{
+    UInt32 lowestOrder = UINT32_MAX;
+    for (UInt32 i = 0; i < package.tracksCount(); ++i)
+    {
+        Metadata::Structural::Track* generic = package.track(i);
+        auto* timeline =
+            generic != nullptr ? Metadata::metadataSetAs<TimelineTrack>(*generic) : nullptr;
+        if (timeline == nullptr || timeline->sequence() == nullptr ||
+            timeline->editRate() == nullptr)
+            continue;
+        Sequence& sequence = *timeline->sequence();
+        if (sequence.dataDefinition() == nullptr || sequence.componentsCount() == 0)
+            continue;
+        const std::optional<TrackKind> kind = kindOf(*sequence.dataDefinition());
+        if (!kind)
+            continue;
+        SourceClip* clip = nullptr;
+        for (UInt32 c = 0; c < sequence.componentsCount(); ++c)
+        {
+            StructuralComponent* component = sequence.component(c);
+            SourceClip* one =
+                component != nullptr ? Metadata::metadataSetAs<SourceClip>(*component) : nullptr;
+            MXF_SDK_CHECK_AS(one != 0, "clip != 0", "Package contains a invalid clip in the track.",
+                             Exceptions::InvalidFormat);
+            if (clip == nullptr)
+                clip = one;
+        }
+        // The file package's track behind the clip gives the element.
+        GenericPackage* filePackage =
+            clip->sourcePackageID() != nullptr
+                ? PackageHelpers::packageByUID(storage.preface(), *clip->sourcePackageID())
+                : nullptr;
+        Metadata::Structural::Track* fileTrack =
+            filePackage != nullptr && clip->sourceTrackID() != nullptr
+                ? trackByID(*filePackage, clip->sourceTrackID()->value())
+                : nullptr;
+        auto* fileTimeline =
+            fileTrack != nullptr ? Metadata::metadataSetAs<TimelineTrack>(*fileTrack) : nullptr;
+        if (fileTimeline == nullptr || fileTrack->trackNumber() == nullptr)
+            continue;
+        const UInt32 number = fileTrack->trackNumber()->value();
+        if (!storage.seeker().trackNumberExists(number))
+            continue;
+
+        Track record;
+        record.track = timeline;
+        record.clip = clip;
+        record.kind = *kind;
+        record.trackID = generic->trackID() != nullptr ? generic->trackID()->value() : 0;
+        record.trackNumber = number;
+        record.editRate = *timeline->editRate();
+        record.origin = timeline->origin() != nullptr ? timeline->origin()->value() : 0;
+        record.duration = sequence.duration() != nullptr ? sequence.duration()->value() : 0;
+        const Types::Rational fileRate =
+            fileTimeline->editRate() != nullptr ? *fileTimeline->editRate() : record.editRate;
+        const Int64 start = clip->startPosition() != nullptr ? clip->startPosition()->value() : 0;
+        record.currentPosition = convertPosition(start, record.editRate, fileRate);
+        record.reader = storage.elementReader(number);
+        if (record.duration <= 0)
+            record.duration = record.reader->duration();
+        // The material track's length, at the file track's rate, bounds what is read.
+        const Int64 fileDuration =
+            convertPosition(start + record.duration, record.editRate, fileRate);
+        if (record.reader->duration() <= 0 || fileDuration < record.reader->duration())
+            record.reader->setDuration(fileDuration);
+        if (record.reader->order() < lowestOrder)
+        {
+            lowestOrder = record.reader->order();
+            leadTrack_ = tracks_.size();
+        }
+        if (masterEditPeriod_ == Types::Rational(0, 1) && record.duration != 0)
+        {
+            MXF_SDK_CHECK_AS(positive(record.editRate), "currentEditRate > 0",
+                             "Edit rate non-greater than zero.", Exceptions::InvalidValue);
+            masterEditPeriod_ = Types::Rational(1, 1);
+            masterEditPeriod_ /= record.editRate;
+        }
+        tracks_.push_back(std::move(record));
+    }
+    MXF_SDK_CHECK_AS(!(masterEditPeriod_ == Types::Rational(0, 1)), "!(masterEditPeriod_ == 0)",
+                     "Package does not have valid Essence Tracks.", Exceptions::InvalidValue);
+    for (Track& record : tracks_)
+        record.reader->seek(record.currentPosition);
+}
+
+EssenceReader::~EssenceReader() = default;
+
+void EssenceReader::seek(Int64 position)
+{
+    masterPosition_ = position;
+    ended_.clear();
+    for (Track& record : tracks_)
+    {
+        const Types::Rational fileRate = record.editRate;
+        // Steps of the master period to the track's own edit units.
+        const Wide num = Wide(position) * masterEditPeriod_.numerator() * fileRate.numerator();
+        const Wide den = Wide(masterEditPeriod_.denominator()) * fileRate.denominator();
+        const Int64 start =
+            record.clip->startPosition() != nullptr ? record.clip->startPosition()->value() : 0;
+        record.currentPosition = start + Int64(num / den);
+        record.reader->seek(record.currentPosition);
+    }
+}
+
+bool EssenceReader::next(std::size_t& trackOut, std::vector<Platform::Byte>& data)
+{
+    std::vector<std::size_t> order;
+    if (leadTrack_ < tracks_.size())
+        order.push_back(leadTrack_);
+    for (std::size_t i = 0; i < tracks_.size(); ++i)
+        if (i != leadTrack_)
+            order.push_back(i);
+    if (ended_.size() != tracks_.size())
+        ended_.assign(tracks_.size(), false);
+    for (;;)
+    {
+        bool any = false;
+        for (const std::size_t i : order)
+        {
+            if (ended_[i])
+                continue;
+            any = true;
+            Track& record = tracks_[i];
+            const Int64 start =
+                record.clip->startPosition() != nullptr ? record.clip->startPosition()->value() : 0;
+            const Int64 done = record.reader->position() - start;
+            // The edit unit belongs to this step when its time is below the step's end:
+            // done / rate < (master + 1) * period. Only a track that is due is looked at, so
+            // that the file is read in the order it was written.
+            const Wide left =
+                Wide(done) * record.editRate.denominator() * masterEditPeriod_.denominator();
+            const Wide right = Wide(masterPosition_ + 1) * masterEditPeriod_.numerator() *
+                               record.editRate.numerator();
+            if (left >= right)
+                continue;
+            if (record.reader->read(data))
+            {
+                record.currentPosition = record.reader->position();
+                trackOut = i;
+                return true;
+            }
+            ended_[i] = true;
+        }
+        if (!any)
+            return false;
+        ++masterPosition_;
+    }
+}
+
+} // namespace MXF::SDK::MXFIO

@@ -1,0 +1,360 @@
+#include "MXF/SDK/MXFIO/Seeker.h"
+
+#include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/KLV/KLVItem.h"
+#include "MXF/SDK/KLV/KLVReader.h"
+#include "MXF/SDK/KLV/KeyPredicates.h"
+#include "MXF/SDK/MXFIO/EssenceUtils.h"
+#include "MXF/SDK/MXFIO/Reader.h"
+
+namespace MXF::SDK::MXFIO
+{
+
+namespace
+{
+
+UInt32 trackNumberOf(const KLV::Key& key)
+{
+    const Platform::Byte* b = key.data();
+    return UInt32(b[12]) << 24 | UInt32(b[13]) << 16 | UInt32(b[14]) << 8 | UInt32(b[15]);
+}
+
+// An index whose stream offsets go backwards can't be told from its good entries: none is used.
+bool consistent(const std::vector<IndexTables::SegmentHandle>& segments)
+{
+    bool first = true;
+    UInt64 last = 0;
+    for (const auto& segment : segments)
+        for (UInt32 i = 0; i < segment->indexEntryCount(); ++i)
+        {
+            const UInt64 offset = segment->indexEntry(i).streamOffset();
+            if (!first && offset <= last)
+                return false;
+            first = false;
+            last = offset;
+        }
+    return true;
+}
+
+} // namespace
+
+Seeker::Seeker(Reader& reader, UInt32 bodySID, UInt32 indexSID, std::map<UInt32, UInt32> elements,
+               bool clipWrapped, UInt64 constantSize)
+    : reader_(reader), bodySID_(bodySID), indexSID_(indexSID), elements_(std::move(elements)),
+      clipWrapped_(clipWrapped), constantSize_(constantSize)
+{
+    if (indexSID_ != 0)
+        provider_ = std::make_unique<IndexTables::IndexTableParseOnRequestProvider>(
+            reader_, indexSID_, bodySID_);
+}
+
+Seeker::~Seeker() = default;
+
+bool Seeker::trackNumberExists(UInt32 number) const
+{
+    return elements_.find(number) != elements_.end();
+}
+
+bool Seeker::hasIndex()
+{
+    if (!indexTrusted_)
+    {
+        indexTrusted_ = false;
+        if (provider_)
+            try
+            {
+                provider_->loadAll();
+                const auto segments = provider_->cache().segments();
+                indexTrusted_ = !segments.empty() && consistent(segments);
+            }
+            catch (const Exceptions::BaseException&)
+            {
+                // A segment that can't be parsed: the walk stands in for the whole index.
+            }
+    }
+    return *indexTrusted_;
+}
+
+Int64 Seeker::indexDuration()
+{
+    return hasIndex() ? provider_->duration() : 0;
+}
+
+void Seeker::useEstimateProvider(Int64 duration)
+{
+    if (indexSID_ != 0 && !estimate_)
+        estimate_ = std::make_unique<IndexTables::IndexTablePositionEstimateProvider>(
+            reader_, indexSID_, bodySID_, duration);
+}
+
+bool Seeker::position(UInt32 trackNumber, Int64 editUnit, UInt64& out, UInt64& sizeOut)
+{
+    const auto it = elements_.find(trackNumber);
+    MXF_SDK_CHECK_AS(it != elements_.end(), "it != elements_.end ()",
+                     "Track number not in Essence container", Exceptions::KeyNotFound);
+    const std::optional<ElementPlace> place = indexed(trackNumber, editUnit);
+    if (!place)
+        return false;
+    out = place->keyPosition;
+    sizeOut = place->size;
+    return true;
+}
+
+std::optional<ElementPlace> Seeker::locate(UInt32 trackNumber, Int64 editUnit)
+{
+    if (!ignoreIndex_)
+        if (std::optional<ElementPlace> place = indexed(trackNumber, editUnit))
+            return place;
+    return walk(trackNumber, editUnit);
+}
+
+std::optional<ElementPlace> Seeker::indexed(UInt32 trackNumber, Int64 editUnit)
+{
+    if (ignoreIndex_ || editUnit < 0 || !hasIndex())
+        return std::nullopt;
+    const auto it = elements_.find(trackNumber);
+    if (it == elements_.end())
+        return std::nullopt;
+    try
+    {
+        IndexTables::SegmentHandle segment = provider_->segmentFor(editUnit);
+        if (!segment && estimate_)
+            segment = estimate_->segmentFor(editUnit);
+        if (!segment)
+            return std::nullopt;
+        return fromSegment(*segment, it->second, editUnit);
+    }
+    catch (const Exceptions::BaseException&)
+    {
+        return std::nullopt;
+    }
+}
+
+std::optional<ElementPlace> Seeker::fromSegment(const IndexTables::IndexTableSegment& segment,
+                                                UInt32 element, Int64 editUnit)
+{
+    const Int64 local = editUnit - segment.indexStartPosition().value();
+    const Int64 duration = segment.indexDuration().value();
+    const UInt64 byteCount =
+        segment.hasEditUnitByteCount() ? segment.editUnitByteCount().value() : 0;
+    if (local < 0 || (local >= duration && !(duration == 0 && byteCount != 0)))
+        return std::nullopt;
+    UInt32 sliceNumber = 0, elementDelta = 0;
+    if (element < segment.deltaEntryCount())
+    {
+        const IndexTables::DeltaEntry delta = segment.deltaEntry(element);
+        sliceNumber = delta.slice();
+        elementDelta = delta.elementDelta();
+    }
+    else if (element != 0)
+        return std::nullopt;
+    const UInt32 slices = segment.hasSliceCount() ? segment.sliceCount().value() : 0;
+    if (sliceNumber > slices)
+        return std::nullopt;
+
+    UInt64 streamOffset = 0, next = 0;
+    bool hasNext = false;
+    if (byteCount != 0)
+    {
+        streamOffset = UInt64(editUnit) * byteCount;
+        next = streamOffset + byteCount;
+        hasNext = true;
+    }
+    else
+    {
+        if (UInt64(local) >= segment.indexEntryCount())
+            return std::nullopt;
+        const IndexTables::IndexEntry entry = segment.indexEntry(UInt32(local));
+        streamOffset = entry.streamOffset();
+        if (sliceNumber > 0)
+            streamOffset += entry.sliceOffset(sliceNumber - 1);
+        if (UInt64(local) + 1 < segment.indexEntryCount())
+        {
+            next = segment.indexEntry(UInt32(local) + 1).streamOffset();
+            hasNext = true;
+        }
+    }
+    streamOffset += elementDelta;
+
+    if (clipWrapped_)
+    {
+        // Clip wrapping: offsets count from the first byte of the clip's value.
+        if (!findClip())
+            return std::nullopt;
+        ElementPlace place;
+        place.dataPosition = clip_->dataPosition + streamOffset;
+        place.keyPosition = place.dataPosition;
+        const UInt64 clipEnd = clip_->dataPosition + clip_->size;
+        if (place.dataPosition >= clipEnd)
+            return std::nullopt;
+        const UInt64 end = hasNext ? std::min(clipEnd, clip_->dataPosition + next) : clipEnd;
+        if (end <= place.dataPosition)
+            return std::nullopt;
+        place.size = end - place.dataPosition;
+        return place;
+    }
+
+    // Frame wrapping: the place must hold the element's own key.
+    const UInt64 position = absolutePosition(streamOffset);
+    // The key and length are read by hand: the source then stands at the data, where the read
+    // that follows begins, and keeps its buffer.
+    DataIO::RandomAccessDataSource& source = reader_.source();
+    source.seek(position);
+    Platform::Byte head[16 + 9];
+    if (source.read(head, 17) != 17)
+        return std::nullopt;
+    const KLV::Key key(head);
+    const unsigned lengthBytes = head[16] < 0x80 ? 0 : head[16] & 0x7F;
+    if (lengthBytes > 8 || (head[16] >= 0x80 && lengthBytes == 0) ||
+        source.read(head + 17, lengthBytes) != lengthBytes)
+        return std::nullopt;
+    UInt64 length = head[16] < 0x80 ? head[16] : 0;
+    for (unsigned i = 0; i < lengthBytes; ++i)
+        length = length << 8 | head[17 + i];
+    const bool element0System = KLV::isGCSystemItem(key);
+    if (!(KLV::isEssenceKey(key) || element0System))
+        return std::nullopt;
+    const auto wanted = std::find_if(elements_.begin(), elements_.end(),
+                                     [&](const auto& e) { return e.second == element; });
+    if (wanted == elements_.end() || (!element0System && trackNumberOf(key) != wanted->first))
+        return std::nullopt;
+    return ElementPlace{position, position + 17 + lengthBytes, length};
+}
+
+UInt64 Seeker::absolutePosition(UInt64 offset)
+{
+    if (!bodies_)
+    {
+        // Found once: every edit unit asks, and the chain of partitions doesn't change.
+        std::vector<Body> bodies;
+        for (Partition* partition : EssenceUtils::bodyPartitions(reader_, bodySID_))
+            bodies.push_back({partition->partitionPack().bodyOffset().value(),
+                              partition->bodyStart(),
+                              EssenceUtils::endOfBody(reader_, *partition)});
+        bodies_ = std::move(bodies);
+    }
+    for (const Body& body : *bodies_)
+        if (offset >= body.offset && body.end > body.start &&
+            offset - body.offset < body.end - body.start)
+            return body.start + (offset - body.offset);
+    // Past every body: the free function says so in its words.
+    return EssenceUtils::absolutePosition(reader_, bodySID_, offset);
+}
+
+bool Seeker::findClip()
+{
+    if (clip_)
+        return true;
+    // The clip is the first item of the stream's first partition that has a body.
+    for (std::size_t i = 0; !clip_; ++i)
+    {
+        if (!walkStarted_)
+        {
+            partitions_ = EssenceUtils::bodyPartitions(reader_, bodySID_);
+            walkStarted_ = true;
+        }
+        if (i >= partitions_.size())
+            return false;
+        Partition& partition = *partitions_[i];
+        DataIO::RandomAccessDataSource& source = reader_.source();
+        const UInt64 start = partition.bodyStart();
+        const UInt64 end = source.position() + source.remaining();
+        if (start >= EssenceUtils::endOfBody(reader_, partition) || start >= end)
+            continue;
+        source.seek(start);
+        KLV::KLVReader klv(source);
+        UInt64 skipped = 0;
+        const KLV::Key key = klv.readKey(skipped, 0);
+        MXF_SDK_CHECK_AS(!KLV::isFillItem(key), "!KLV::isFillItem (key)",
+                         "Expected Essence KLV on clip-wrapped body partition",
+                         Exceptions::InvalidFormat);
+        source.seek(start);
+        const std::unique_ptr<KLV::KLVItem> item = klv.readKLV(skipped, 0);
+        clip_ = ElementPlace{item->keyPosition, item->value.position(), item->length};
+    }
+    return true;
+}
+
+bool Seeker::walkOne()
+{
+    if (walkDone_)
+        return false;
+    if (!walkStarted_)
+    {
+        partitions_ = EssenceUtils::bodyPartitions(reader_, bodySID_);
+        walkStarted_ = true;
+    }
+    while (partition_ < partitions_.size())
+    {
+        std::unique_ptr<KLV::KLVItem> item;
+        try
+        {
+            UInt64 skipped = 0;
+            item = partitions_[partition_]->nextEssence(skipped, 0);
+        }
+        catch (const Exceptions::BaseException&)
+        {
+            // Bytes that are no item end what can be walked of this partition.
+        }
+        if (!item)
+        {
+            ++partition_;
+            continue;
+        }
+        if (KLV::isFillItem(item->key))
+            continue;
+        walked_[trackNumberOf(item->key)].push_back(
+            ElementPlace{item->keyPosition, item->value.position(), item->length});
+        return true;
+    }
+    walkDone_ = true;
+    return false;
+}
+
+std::optional<ElementPlace> Seeker::walk(UInt32 trackNumber, Int64 editUnit)
+{
+    if (editUnit < 0)
+        return std::nullopt;
+    if (clipWrapped_)
+    {
+        if (!findClip())
+            return std::nullopt;
+        if (constantSize_ == 0)
+        {
+            // Nothing tells where the edit units of the clip start: it is read as one.
+            if (editUnit != 0)
+                return std::nullopt;
+            return ElementPlace{clip_->dataPosition, clip_->dataPosition, clip_->size};
+        }
+        const UInt64 offset = UInt64(editUnit) * constantSize_;
+        if (offset >= clip_->size)
+            return std::nullopt;
+        const UInt64 at = clip_->dataPosition + offset;
+        return ElementPlace{at, at, std::min(constantSize_, clip_->size - offset)};
+    }
+    for (;;)
+    {
+        const auto found = walked_.find(trackNumber);
+        if (found != walked_.end() && UInt64(editUnit) < found->second.size())
+            return found->second[std::size_t(editUnit)];
+        if (!walkOne())
+            return std::nullopt;
+    }
+}
+
+Int64 Seeker::walkedCount(UInt32 trackNumber)
+{
+    if (clipWrapped_)
+    {
+        if (!findClip())
+            return 0;
+        return constantSize_ == 0 ? 1 : Int64((clip_->size + constantSize_ - 1) / constantSize_);
+    }
+    while (walkOne())
+    {
+    }
+    const auto found = walked_.find(trackNumber);
+    return found == walked_.end() ? 0 : Int64(found->second.size());
+}
+
+} // namespace MXF::SDK::MXFIO

@@ -1,0 +1,108 @@
+// mxf-inspect essence and index on the fixtures: every track written out, by the index and by the
+// walk, has ffmpeg's MD5 (expected/NAME.essence-md5.txt); the index listing has the segments the
+// fixture README gives from the packs.
+
+#include "InspectRun.h"
+#include "MXF/SDK/MXFIO/Essence/Md5.h"
+
+#include <gtest/gtest.h>
+
+using namespace Halvorn::Test;
+
+namespace
+{
+
+std::map<std::string, std::string> expectedDigests(const std::string& name)
+{
+    std::istringstream in(readFile(testData("expected/" + name + ".essence-md5.txt")));
+    std::map<std::string, std::string> digests;
+    std::string tag, md5, rest;
+    while (in >> tag >> md5 && std::getline(in, rest))
+        digests[tag] = md5;
+    return digests;
+}
+
+std::string md5Of(const std::filesystem::path& path)
+{
+    const std::string bytes = readFile(path);
+    Essence::Md5 md5;
+    md5.update(bytes.data(), bytes.size());
+    return md5.hex();
+}
+
+TEST(MxfInspectEssenceTest, EveryTrackByIndexAndByWalkAsFFmpegDeliversIt)
+{
+    for (const char* name :
+         {"xdcamhd422_1080i25", "xdcamhd422_720p50", "xdcamhd422_1080i2997df", "imx50_625",
+          "opatom_mpeg2", "opatom_pcm", "multibody_180p50", "damaged_open_header", "damaged_no_rip",
+          "damaged_footer_zero", "damaged_no_footer", "runin_100", "damaged_bad_index",
+          "damaged_truncated_30", "damaged_truncated_90"})
+        for (const bool walk : {false, true})
+        {
+            SCOPED_TRACE(std::string(name) + (walk ? " --no-index" : ""));
+            TempDir dir;
+            std::vector<std::string> args = {"essence", testData(std::string(name) + ".mxf"),
+                                             "--track", "all",
+                                             "--out",   dir.path().string()};
+            if (walk)
+                args.push_back("--no-index");
+            const Outcome run = inspect(args);
+            EXPECT_EQ(run.status, 0) << run.err;
+            const auto expected = expectedDigests(name);
+            ASSERT_FALSE(expected.empty());
+            EXPECT_EQ(run.lines.size(), expected.size());
+            for (const auto& [tag, md5] : expected)
+                EXPECT_EQ(md5Of(dir.path() / (tag + (tag[0] == 'v' ? ".es" : ".pcm"))), md5) << tag;
+        }
+}
+
+TEST(MxfInspectEssenceTest, OneTrackAndBadArguments)
+{
+    TempDir dir;
+    const auto path = dir.path() / "a3.pcm";
+    const Outcome run = inspect(
+        {"essence", testData("xdcamhd422_1080i25.mxf"), "--track", "a3", "--out", path.string()});
+    EXPECT_EQ(run.status, 0);
+    // The 1000 Hz track, the same as opatom_pcm's (README's cross-check).
+    EXPECT_EQ(md5Of(path), expectedDigests("opatom_pcm").at("a0"));
+    EXPECT_EQ(inspect({"essence", testData("xdcamhd422_1080i25.mxf"), "--track", "a8", "--out",
+                       path.string()})
+                  .status,
+              2);
+    EXPECT_EQ(inspect({"essence", testData("xdcamhd422_1080i25.mxf")}).status, 2);
+}
+
+TEST(MxfInspectIndexTest, SegmentsOfTheMultibodyFixture)
+{
+    const Outcome run = inspect({"index", testData("multibody_180p50.mxf")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    std::vector<std::string> segments;
+    for (const std::string& line : run.lines)
+        if (line.rfind("segment at ", 0) == 0 || line.rfind("  index SID", 0) == 0 ||
+            line.rfind("index SID", 0) == 0)
+            segments.push_back(line);
+    // README: segments at 1086464 (0, 262), 2052608 (262, 252), 2097664 (514, 11), 50 fps.
+    const std::vector<std::string> expected = {
+        "segment at 1086464 (partition 1085952)",
+        "  index SID 2, body SID 1, edit rate 50/1, start 0, duration 262, edit unit byte count 0, "
+        "delta entries 3, index entries 262",
+        "segment at 2052608 (partition 2052096)",
+        "  index SID 2, body SID 1, edit rate 50/1, start 262, duration 252, edit unit byte count "
+        "0, delta entries 3, index entries 252",
+        "segment at 2097664 (partition 2097152)",
+        "  index SID 2, body SID 1, edit rate 50/1, start 514, duration 11, edit unit byte count "
+        "0, "
+        "delta entries 3, index entries 11",
+        "index SID 2, body SID 1: 3 segments, edit units 0 to 525, 525 entries"};
+    EXPECT_EQ(segments, expected);
+    // The corrupted entry 3 of damaged_bad_index, as the fixture script wrote it.
+    const Outcome bad = inspect({"index", testData("damaged_bad_index.mxf")});
+    const std::string entry3 =
+        "    entry 3: stream offset " + std::to_string(damage("damaged_bad_index", "entry3_new"));
+    bool found = false;
+    for (const std::string& line : bad.lines)
+        found = found || line.rfind(entry3 + ",", 0) == 0;
+    EXPECT_TRUE(found);
+}
+
+} // namespace

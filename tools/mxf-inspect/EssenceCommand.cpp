@@ -1,0 +1,163 @@
+#include "Commands.h"
+#include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/MXFIO/ContentStorageReader.h"
+#include "MXF/SDK/MXFIO/EssenceReader.h"
+#include "MXF/SDK/MXFIO/Reader.h"
+#include "MXF/SDK/MetaMetadata/BinaryLoader.h"
+#include "MXF/SDK/MetaMetadata/Dictionary.h"
+#include "MXF/SDK/Metadata/Structural/Structural.h"
+#include "MXF/SDK/Platform/Platform.h"
+
+#include <fstream>
+#include <ostream>
+
+namespace Halvorn::Inspect
+{
+
+using namespace MXF::SDK;
+
+namespace
+{
+
+struct Options
+{
+    std::string file, track, out;
+    bool noIndex = false;
+};
+
+bool parse(const std::vector<std::string>& args, Options& options)
+{
+    for (std::size_t i = 0; i < args.size(); ++i)
+    {
+        if (args[i] == "--no-index")
+            options.noIndex = true;
+        else if ((args[i] == "--track" || args[i] == "--out") && i + 1 < args.size())
+        {
+            std::string& value = args[i] == "--track" ? options.track : options.out;
+            value = args[++i];
+        }
+        else if (options.file.empty() && args[i].rfind("--", 0) != 0)
+            options.file = args[i];
+        else
+            return false;
+    }
+    return !options.file.empty() && !options.track.empty() && !options.out.empty();
+}
+
+// D-10 sound (SMPTE 331M): after a 4-byte header, each sample has 8 subframes of 32 bits,
+// little-endian, the audio in bits 4 to 27. The channels in use come out interleaved as
+// little-endian PCM of their depth, as players take them.
+void unpackAES3(std::vector<Platform::Byte>& data, unsigned channels, unsigned bits)
+{
+    std::vector<Platform::Byte> pcm;
+    const unsigned bytes = bits > 16 ? 3 : 2;
+    for (std::size_t at = 4; at + 32 <= data.size(); at += 32)
+        for (unsigned c = 0; c < channels && c < 8; ++c)
+        {
+            const Platform::Byte* w = data.data() + at + 4 * c;
+            const std::uint32_t word = w[0] | w[1] << 8 | w[2] << 16 | std::uint32_t(w[3]) << 24;
+            const std::uint32_t sample = (word >> 4) & 0xFFFFFF;
+            for (unsigned b = 3 - bytes; b < 3; ++b)
+                pcm.push_back(Platform::Byte(sample >> (8 * b)));
+        }
+    data.swap(pcm);
+}
+
+// AES3 elements: the D-10 mapping (byte 13 of the container label 01) carries its sound so.
+bool isAES3(MXFIO::ContentStorageReader& storage, const MXFIO::EssenceReader::Track& track,
+            unsigned& channels, unsigned& bits)
+{
+    if (track.kind != MXFIO::TrackKind::SOUND || storage.essenceContainer().data()[13] != 0x01)
+        return false;
+    channels = 8;
+    bits = 24;
+    if (auto* descriptor = storage.trackDescriptor(track.trackNumber))
+        if (auto* sound =
+                Metadata::metadataSetAs<Metadata::Structural::GenericSoundEssenceDescriptor>(
+                    *descriptor))
+        {
+            if (sound->channelCount() != nullptr)
+                channels = sound->channelCount()->value();
+            if (sound->quantizationBits() != nullptr)
+                bits = sound->quantizationBits()->value();
+        }
+    return true;
+}
+
+} // namespace
+
+int essenceCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
+{
+    Options options;
+    if (!parse(args, options))
+    {
+        err << "usage: mxf-inspect " << ESSENCE_USAGE << "\n";
+        return FAILED;
+    }
+    auto file = openFile(options.file, err);
+    if (!file)
+        return FAILED;
+    auto dictionary = std::make_shared<MetaMetadata::Dictionary>();
+    MetaMetadata::BinaryLoader::load(Platform::fromUtf8(HALVORN_DICTIONARY_FILE), *dictionary);
+    Metadata::Structural::registerStructuralSets();
+    MXFIO::Reader2 reader(std::shared_ptr<DataIO::RandomAccessDataSource>(std::move(file)),
+                          dictionary, 65536);
+    const auto metadata = reader.latestHeaderMetadataPartition().metadata();
+    MXFIO::ContentStorageReader storage(*metadata, reader);
+    storage.seeker().ignoreIndex(options.noIndex);
+    Metadata::Structural::GenericPackage* material = nullptr;
+    auto& content = Metadata::Structural::PrefaceHelpers::contentStorage(storage.preface());
+    for (Platform::UInt32 i = 0; i < content.packagesCount() && material == nullptr; ++i)
+        if (auto* package = content.package(i))
+            if (Metadata::metadataSetAs<Metadata::Structural::MaterialPackage>(*package))
+                material = package;
+    if (material == nullptr)
+    {
+        err << "mxf-inspect: " << options.file << ": no material package\n";
+        return FAILED;
+    }
+    MXFIO::EssenceReader essence(storage, *material);
+
+    int pictures = 0, sounds = 0, written = 0;
+    for (std::size_t t = 0; t < essence.trackCount(); ++t)
+    {
+        MXFIO::EssenceReader::Track& track = essence.track(t);
+        const bool picture = track.kind == MXFIO::TrackKind::PICTURE;
+        const std::string tag =
+            picture ? "v" + std::to_string(pictures++) : "a" + std::to_string(sounds++);
+        if (options.track != "all" && options.track != tag)
+            continue;
+        const std::string path = options.track == "all"
+                                     ? options.out + "/" + tag + (picture ? ".es" : ".pcm")
+                                     : options.out;
+        std::ofstream sink(path, std::ios::binary);
+        if (!sink)
+        {
+            err << "mxf-inspect: cannot write " << path << "\n";
+            return FAILED;
+        }
+        unsigned channels = 0, bits = 0;
+        const bool aes3 = isAES3(storage, track, channels, bits);
+        std::vector<Platform::Byte> data;
+        long long units = 0, bytes = 0;
+        while (track.reader->read(data))
+        {
+            if (aes3)
+                unpackAES3(data, channels, bits);
+            sink.write(reinterpret_cast<const char*>(data.data()), std::streamsize(data.size()));
+            ++units;
+            bytes += static_cast<long long>(data.size());
+        }
+        out << tag << " track " << track.trackID << ": " << units << " edit units, " << bytes
+            << " bytes to " << path << "\n";
+        ++written;
+    }
+    if (written == 0)
+    {
+        err << "mxf-inspect: " << options.file << ": no track " << options.track << "\n";
+        return FAILED;
+    }
+    return CLEAN;
+}
+
+} // namespace Halvorn::Inspect

@@ -1,0 +1,97 @@
+#include "Commands.h"
+#include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/IndexTables/IndexTableSegment.h"
+#include "MXF/SDK/KLV/KLVItem.h"
+#include "MXF/SDK/MXFIO/Reader.h"
+#include "MXF/SDK/MetaMetadata/Dictionary.h"
+
+#include <map>
+#include <ostream>
+
+namespace Halvorn::Inspect
+{
+
+using namespace MXF::SDK;
+
+namespace
+{
+
+struct Table
+{
+    int segments = 0;
+    long long first = -1;
+    long long end = 0;
+    long long entries = 0;
+};
+
+void printSegment(const IndexTables::IndexTableSegment& segment, std::ostream& out)
+{
+    const Types::Rational& rate = segment.indexEditRate();
+    out << "  index SID " << (segment.hasIndexSID() ? segment.indexSID().value() : 0)
+        << ", body SID " << segment.bodySID().value() << ", edit rate " << rate.numerator() << "/"
+        << rate.denominator() << ", start " << segment.indexStartPosition().value() << ", duration "
+        << segment.indexDuration().value() << ", edit unit byte count "
+        << (segment.hasEditUnitByteCount() ? segment.editUnitByteCount().value() : 0)
+        << ", delta entries " << segment.deltaEntryCount() << ", index entries "
+        << segment.indexEntryCount() << "\n";
+    for (Platform::UInt32 i = 0; i < segment.deltaEntryCount(); ++i)
+    {
+        const IndexTables::DeltaEntry delta = segment.deltaEntry(i);
+        out << "    delta " << i << ": pos table index " << int(delta.posTableIndex()) << ", slice "
+            << int(delta.slice()) << ", element delta " << delta.elementDelta() << "\n";
+    }
+    for (Platform::UInt32 i = 0; i < segment.indexEntryCount(); ++i)
+    {
+        const IndexTables::IndexEntry entry = segment.indexEntry(i);
+        out << "    entry " << i << ": stream offset " << entry.streamOffset()
+            << ", temporal offset " << int(entry.temporalOffset()) << ", key frame offset "
+            << int(entry.keyFrameOffset()) << ", flags 0x" << std::hex << int(entry.flags())
+            << std::dec << "\n";
+    }
+}
+
+} // namespace
+
+int indexCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
+{
+    auto file = openFileArgument("index", args, err);
+    if (!file)
+        return FAILED;
+    std::shared_ptr<DataIO::RandomAccessDataSource> source(std::move(file));
+    // No metadata is read here, so no dictionary is needed.
+    MXFIO::Reader2 reader(source, std::make_shared<MetaMetadata::Dictionary>(), 65536);
+    std::map<std::pair<Platform::UInt32, Platform::UInt32>, Table> tables;
+    std::string damage;
+    try
+    {
+        for (MXFIO::Partition* partition = reader.headerPartition(); partition != nullptr;
+             partition = reader.nextPartition(*partition))
+            while (std::unique_ptr<KLV::KLVItem> item = partition->nextIndexSegment())
+            {
+                const Platform::UInt64 at = item->keyPosition;
+                const IndexTables::IndexTableSegment segment(*item);
+                out << "segment at " << at << " (partition " << partition->offset() << ")\n";
+                printSegment(segment, out);
+                Table& table = tables[{segment.hasIndexSID() ? segment.indexSID().value() : 0,
+                                       segment.bodySID().value()}];
+                ++table.segments;
+                const long long start = segment.indexStartPosition().value();
+                table.first = table.first < 0 ? start : std::min(table.first, start);
+                table.end = std::max(table.end, start + segment.indexDuration().value());
+                table.entries += segment.indexEntryCount();
+            }
+    }
+    catch (const Exceptions::BaseException& e)
+    {
+        damage = e.what();
+    }
+    for (const auto& [sids, table] : tables)
+        out << "index SID " << sids.first << ", body SID " << sids.second << ": " << table.segments
+            << " segments, edit units " << table.first << " to " << table.end << ", "
+            << table.entries << " entries\n";
+    out << tables.size() << " index tables\n";
+    out.flush();
+    return walkStatus(args[0], damage, false, err);
+}
+
+} // namespace Halvorn::Inspect
