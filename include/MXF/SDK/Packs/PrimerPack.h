@@ -51,7 +51,8 @@ public:
     const Types::UniversalLabel* universalLabel(const Types::LocalTag& tag) const;
     const Types::LocalTag* localTag(const Types::UniversalLabel& label) const;
 
-    // A tag already there is mapped anew; the old pair stays in the file-order list.
+    // A tag already there is mapped anew; the old pair stays in the file-order list. A label given
+    // several tags is found by the lowest of them.
     void add(const Types::LocalTag& tag, const Types::UniversalLabel& label);
 
     // Pairs in the order read or added, repeats included. `at` throws IndexOutOfBounds "Trying to

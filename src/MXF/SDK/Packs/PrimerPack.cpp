@@ -61,8 +61,28 @@ const Types::LocalTag* PrimerPack::localTag(const Types::UniversalLabel& label) 
 
 void PrimerPack::add(const Types::LocalTag& tag, const Types::UniversalLabel& label)
 {
+    // A label with several tags answers with the lowest, so that what is written (in tag order)
+    // reads back to the same choice. A damaged primer may pair 00.00 with a label.
+    if (const auto old = labels_.find(tag); old != labels_.end() && !(old->second == label))
+    {
+        const Types::UniversalLabel previous = old->second;
+        labels_.erase(old);
+        tags_.erase(previous);
+        for (const auto& [otherTag, otherLabel] : labels_)
+            if (otherLabel == previous && otherTag.value() != 0)
+            {
+                tags_.emplace(previous, otherTag);
+                break;
+            }
+    }
     labels_.insert_or_assign(tag, label);
-    tags_.insert_or_assign(label, tag);
+    if (tag.value() != 0) // 00.00 is no tag: written back, never given out
+    {
+        if (const auto known = tags_.find(label); known == tags_.end())
+            tags_.emplace(label, tag);
+        else if (tag < known->second)
+            known->second = tag;
+    }
     entries_.push_back({tag, label});
 }
 

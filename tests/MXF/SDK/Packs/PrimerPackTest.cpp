@@ -101,6 +101,28 @@ TEST(PrimerPack, RepeatedTagIsMappedAnewAndStaysInTheList)
                                       hexBytes("3c 0a") + PRIVATE);
 }
 
+// The primer is written in tag order: a label of several tags must be found by the same one
+// whatever order they came in, or a second write gives other bytes than the first.
+TEST(PrimerPack, LabelOfSeveralTagsIsFoundByTheLowestAndNeverBy0000)
+{
+    for (const bool lowFirst : {true, false})
+    {
+        PrimerPack primer;
+        primer.add(tag(lowFirst ? 0x8001 : 0x9000), label(PRIVATE));
+        primer.add(tag(lowFirst ? 0x9000 : 0x8001), label(PRIVATE));
+        primer.add(tag(0x0000), label(PRIVATE));
+        EXPECT_EQ(primer.localTag(label(PRIVATE))->value(), 0x8001) << lowFirst;
+        // The lowest given to another label: the next one answers.
+        primer.add(tag(0x8001), label(INSTANCE_UID));
+        EXPECT_EQ(primer.localTag(label(PRIVATE))->value(), 0x9000) << lowFirst;
+        EXPECT_EQ(primer.localTag(label(INSTANCE_UID))->value(), 0x8001) << lowFirst;
+    }
+    PrimerPack onlyZero;
+    onlyZero.add(tag(0x0000), label(PRIVATE));
+    EXPECT_EQ(onlyZero.localTag(label(PRIVATE)), nullptr);
+    EXPECT_NE(onlyZero.universalLabel(tag(0x0000)), nullptr);
+}
+
 TEST(PrimerPack, AddBuildsAPrimerToWrite)
 {
     PrimerPack primer(2);
