@@ -113,6 +113,11 @@ protected:
     void replaceValue(std::unique_ptr<Types::BaseType> value, bool loaded);
     // The clear check of `clear`, for setters of the subclasses.
     void checkClear(bool force) const;
+    // Gives `copy` its own copy of this value, as a load.
+    void copyValueTo(Element& copy) const;
+    // Loads one value of the element's type; InvalidMetaAttribute "ReferenceElement can not be
+    // changed because there is no metaAttribute." without a MetaAttribute.
+    void loadSingle(DataIO::BoundedDataSource& source);
     Types::BaseType* mutableValue() noexcept;
 
 private:
@@ -148,44 +153,64 @@ protected:
     ReferenceHolder() = default;
     // The set a reference points at, through the owner of `element`'s set; null when none.
     static MetadataSet* resolve(const Element& element, const Types::Reference& reference);
+    // A strong or weak reference to `target` by its InstanceUID; NotFound "InstanceUID not found
+    // in Metadata Set with key <key> Check Metadata Set builder." when it has none.
+    static std::unique_ptr<Types::Reference> referenceTo(const MetadataSet& target, bool strong);
+};
+
+// What every concrete element class repeats: the public constructor, the visitor dispatch on
+// `Self` and a clone with its own value.
+template <typename Self, typename Base>
+class ConcreteElement : public Base
+{
+public:
+    ConcreteElement(std::shared_ptr<const MetaMetadata::AbstractMetaAttribute> attribute,
+                    MetadataSet& owner)
+        : Base(std::move(attribute), owner)
+    {
+    }
+
+    void accept(ElementVisitor& visitor) override { visitor.visit(static_cast<Self&>(*this)); }
+    void accept(ConstElementVisitor& visitor) const override
+    {
+        visitor.visit(static_cast<const Self&>(*this));
+    }
+    using Element::accept;
+    std::unique_ptr<Element> clone(MetadataSet& owner) const override
+    {
+        auto copy = std::make_unique<Self>(this->metaAttribute(), owner);
+        this->copyValueTo(*copy);
+        return copy;
+    }
 };
 
 // A plain value of any MetaSimpleElement, or the bytes of an unknown or misplaced property.
-class SimpleElement final : public Element, public ValueHolder
+class SimpleElement final : public ConcreteElement<SimpleElement, Element>, public ValueHolder
 {
 public:
-    SimpleElement(std::shared_ptr<const MetaMetadata::AbstractMetaAttribute> attribute,
-                  MetadataSet& owner);
+    using ConcreteElement::ConcreteElement;
 
-    void accept(ElementVisitor& visitor) override { visitor.visit(*this); }
-    void accept(ConstElementVisitor& visitor) const override { visitor.visit(*this); }
-    using Element::accept;
     // InvalidMetaAttribute "ReferenceElement can not be changed because there is no
     // metaAttribute." without a MetaAttribute; else the value of the meta element's type.
     void load(DataIO::BoundedDataSource& source) override;
     void setValue(std::unique_ptr<Types::BaseType> value, bool force = false) override;
-    std::unique_ptr<Element> clone(MetadataSet& owner) const override;
     // Keeps `value` as it is, for what didn't parse: no checks, no listeners.
     void setRawValue(std::unique_ptr<Types::BaseType> value);
 };
 
 // One StrongReference or WeakReference.
-class ReferenceElement final : public Element, public ReferenceHolder
+class ReferenceElement final : public ConcreteElement<ReferenceElement, Element>,
+                               public ReferenceHolder
 {
 public:
-    ReferenceElement(std::shared_ptr<const MetaMetadata::AbstractMetaAttribute> attribute,
-                     MetadataSet& owner);
+    using ConcreteElement::ConcreteElement;
 
-    void accept(ElementVisitor& visitor) override { visitor.visit(*this); }
-    void accept(ConstElementVisitor& visitor) const override { visitor.visit(*this); }
-    using Element::accept;
     void load(DataIO::BoundedDataSource& source) override;
     // InvalidMetaAttribute "ReferenceElement can not be changed because there is no
     // metaAttribute." without a MetaAttribute, and "Trying to set a value to a ReferenceElement
     // that differs from its MetaAttribute information" for a value that isn't a reference of the
     // meta element's kind.
     void setValue(std::unique_ptr<Types::BaseType> value, bool force = false) override;
-    std::unique_ptr<Element> clone(MetadataSet& owner) const override;
 
     const Types::Reference* reference() const noexcept;
     // The set referred to, null when empty or when the owner has no set of that InstanceUID.
@@ -204,6 +229,9 @@ public:
     // IndexOutOfBounds "Index out of bounds".
     const Types::BaseType& at(Platform::UInt32 index) const;
     const Types::Collection* collection() const noexcept;
+    void load(DataIO::BoundedDataSource& source) override;
+    // IndexOutOfBounds "Index out of bounds"; the count check of `checkCollection`.
+    void remove(Platform::UInt32 index, bool force = false);
 
 protected:
     using Element::Element;
@@ -217,48 +245,31 @@ protected:
     void checkCount(Platform::UInt64 count, bool force) const;
     // Appends to the value, making an empty collection of the right kind first.
     void appendItem(std::unique_ptr<Types::BaseType> item, bool force);
-    void removeItem(Platform::UInt32 index, bool force);
-    void loadCollection(DataIO::BoundedDataSource& source);
     std::unique_ptr<Types::Collection> emptyCollection() const;
 };
-
-class ArrayElement;
-class BatchElement;
 
 // Items of the element's sub type, checked: "Value '<name>': Setting value with an invalid Sub
 // Type in a collection." for another type.
 class ValueCollectionElement : public CollectionElement, public ValueHolder
 {
 public:
-    void load(DataIO::BoundedDataSource& source) override;
     void setValue(std::unique_ptr<Types::BaseType> value, bool force = false) override;
     void add(std::unique_ptr<Types::BaseType> item, bool force = false);
-    void remove(Platform::UInt32 index, bool force = false);
 
 protected:
     using CollectionElement::CollectionElement;
 };
 
-class ArrayElement final : public ValueCollectionElement
+class ArrayElement final : public ConcreteElement<ArrayElement, ValueCollectionElement>
 {
 public:
-    ArrayElement(std::shared_ptr<const MetaMetadata::AbstractMetaAttribute> attribute,
-                 MetadataSet& owner);
-    void accept(ElementVisitor& visitor) override { visitor.visit(*this); }
-    void accept(ConstElementVisitor& visitor) const override { visitor.visit(*this); }
-    using Element::accept;
-    std::unique_ptr<Element> clone(MetadataSet& owner) const override;
+    using ConcreteElement::ConcreteElement;
 };
 
-class BatchElement final : public ValueCollectionElement
+class BatchElement final : public ConcreteElement<BatchElement, ValueCollectionElement>
 {
 public:
-    BatchElement(std::shared_ptr<const MetaMetadata::AbstractMetaAttribute> attribute,
-                 MetadataSet& owner);
-    void accept(ElementVisitor& visitor) override { visitor.visit(*this); }
-    void accept(ConstElementVisitor& visitor) const override { visitor.visit(*this); }
-    using Element::accept;
-    std::unique_ptr<Element> clone(MetadataSet& owner) const override;
+    using ConcreteElement::ConcreteElement;
 };
 
 // Array and Batch of references. A reference of the other kind than the meta element's gives
@@ -267,7 +278,6 @@ public:
 class CollectionReferenceElement : public CollectionElement, public ReferenceHolder
 {
 public:
-    void load(DataIO::BoundedDataSource& source) override;
     void setValue(std::unique_ptr<Types::BaseType> value, bool force = false) override;
 
     // The set item `index` refers to; null when the owner has none of that InstanceUID.
@@ -276,7 +286,6 @@ public:
     // Appends a reference of the meta element's kind to `target`, checked.
     void add(MetadataSet& target, bool force = false);
     void add(std::unique_ptr<Types::Reference> reference, bool force = false);
-    void remove(Platform::UInt32 index, bool force = false);
     bool isStrong() const noexcept;
 
 protected:
@@ -285,29 +294,21 @@ protected:
     void checkKind(const Types::BaseType& item) const;
 };
 
-class ArrayReferenceElement final : public CollectionReferenceElement
+class ArrayReferenceElement final
+    : public ConcreteElement<ArrayReferenceElement, CollectionReferenceElement>
 {
 public:
-    ArrayReferenceElement(std::shared_ptr<const MetaMetadata::AbstractMetaAttribute> attribute,
-                          MetadataSet& owner);
-    void accept(ElementVisitor& visitor) override { visitor.visit(*this); }
-    void accept(ConstElementVisitor& visitor) const override { visitor.visit(*this); }
-    using Element::accept;
-    std::unique_ptr<Element> clone(MetadataSet& owner) const override;
+    using ConcreteElement::ConcreteElement;
 
 protected:
     const char* kindName() const noexcept override { return "ArrayReferenceElement"; }
 };
 
-class BatchReferenceElement final : public CollectionReferenceElement
+class BatchReferenceElement final
+    : public ConcreteElement<BatchReferenceElement, CollectionReferenceElement>
 {
 public:
-    BatchReferenceElement(std::shared_ptr<const MetaMetadata::AbstractMetaAttribute> attribute,
-                          MetadataSet& owner);
-    void accept(ElementVisitor& visitor) override { visitor.visit(*this); }
-    void accept(ConstElementVisitor& visitor) const override { visitor.visit(*this); }
-    using Element::accept;
-    std::unique_ptr<Element> clone(MetadataSet& owner) const override;
+    using ConcreteElement::ConcreteElement;
 
 protected:
     const char* kindName() const noexcept override { return "BatchReferenceElement"; }

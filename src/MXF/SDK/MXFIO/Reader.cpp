@@ -44,6 +44,20 @@ bool isFooter(const Partition* partition)
            partition->partitionPack().partitionKind() == PartitionPack::FOOTER_PARTITION;
 }
 
+bool hasMetadata(const Partition& partition)
+{
+    return partition.partitionPack().headerByteCount().value() != 0;
+}
+
+// Whether the header partition is the one to read the metadata from: it has some, closed. Throws
+// when there is no header partition at all.
+bool metadataInHeader(const Partition* header)
+{
+    MXF_SDK_CHECK_AS(header != nullptr, "header != 0", "No header partition found",
+                     Exceptions::InvalidFormat);
+    return hasMetadata(*header) && !header->partitionPack().isOpen();
+}
+
 Int64 asBudget(UInt64 bytes)
 {
     return bytes > UInt64(INT64_MAX) ? INT64_MAX : Int64(bytes);
@@ -363,16 +377,13 @@ const Packs::RandomIndexPack* Reader::randomIndexPack()
 Partition& Reader::latestHeaderMetadataPartition()
 {
     Partition* header = headerPartition();
-    MXF_SDK_CHECK_AS(header != nullptr, "header != 0", "No header partition found",
-                     Exceptions::InvalidFormat);
-    const PartitionPack& pack = header->partitionPack();
-    if (pack.headerByteCount().value() != 0 && !pack.isOpen())
+    if (metadataInHeader(header))
         return *header;
     Partition* latest = header;
     for (Partition* partition = nextPartition(*header); partition != nullptr;
          partition = nextPartition(*partition))
     {
-        if (partition->partitionPack().headerByteCount().value() != 0)
+        if (hasMetadata(*partition))
             latest = partition;
     }
     return *latest;
@@ -475,15 +486,12 @@ Partition* Reader2::footerPartitionIfAny()
 Partition& Reader2::latestHeaderMetadataPartition()
 {
     Partition* header = headerPartition();
-    MXF_SDK_CHECK_AS(header != nullptr, "header != 0", "No header partition found",
-                     Exceptions::InvalidFormat);
-    const PartitionPack& pack = header->partitionPack();
-    if (pack.headerByteCount().value() != 0 && !pack.isOpen())
+    if (metadataInHeader(header))
         return *header;
     for (Partition* partition = footerPartition(); partition != nullptr;
          partition = previousPartition(*partition))
     {
-        if (partition->partitionPack().headerByteCount().value() != 0)
+        if (hasMetadata(*partition))
             return *partition;
     }
     return *header;

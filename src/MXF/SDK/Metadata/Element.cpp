@@ -209,6 +209,23 @@ void Element::replaceValue(std::unique_ptr<Types::BaseType> value, bool loaded)
         setOwner->valueChanged(*this);
 }
 
+void Element::copyValueTo(Element& copy) const
+{
+    if (value() != nullptr)
+        copy.replaceValue(Support::cloneValue(*value()), true);
+}
+
+void Element::loadSingle(DataIO::BoundedDataSource& source)
+{
+    if (knownMetaAttribute() == nullptr)
+        MXF_SDK_THROW(Exceptions::InvalidMetaAttribute,
+                      "ReferenceElement can not be changed because there is no metaAttribute.");
+    std::unique_ptr<Types::BaseType> value =
+        Types::Factories::BaseTypeFactory::instance().create(dataType(), source);
+    Support::checkConsumed(source);
+    replaceValue(std::move(value), true);
+}
+
 void Element::checkClear(bool force) const
 {
     if (!force && impl_->known != nullptr &&
@@ -258,23 +275,24 @@ MetadataSet* ReferenceHolder::resolve(const Element& element, const Types::Refer
     return owner != nullptr ? owner->findSet(reference.uuid()) : nullptr;
 }
 
-// SimpleElement --------------------------------------------------------------------------------
-
-SimpleElement::SimpleElement(std::shared_ptr<const AbstractMetaAttribute> attribute,
-                             MetadataSet& owner)
-    : Element(std::move(attribute), owner)
+std::unique_ptr<Types::Reference> ReferenceHolder::referenceTo(const MetadataSet& target,
+                                                               bool strong)
 {
+    const Types::UUID* uid = target.instanceUID();
+    if (uid == nullptr)
+        MXF_SDK_THROW(Exceptions::NotFound, L"InstanceUID not found in Metadata Set with key " +
+                                                target.key().toString() +
+                                                L" Check Metadata Set builder.");
+    if (strong)
+        return std::make_unique<Types::StrongReference>(*uid);
+    return std::make_unique<Types::WeakReference>(*uid);
 }
+
+// SimpleElement --------------------------------------------------------------------------------
 
 void SimpleElement::load(DataIO::BoundedDataSource& source)
 {
-    if (knownMetaAttribute() == nullptr)
-        MXF_SDK_THROW(Exceptions::InvalidMetaAttribute,
-                      "ReferenceElement can not be changed because there is no metaAttribute.");
-    std::unique_ptr<Types::BaseType> value =
-        Types::Factories::BaseTypeFactory::instance().create(dataType(), source);
-    Support::checkConsumed(source);
-    replaceValue(std::move(value), true);
+    loadSingle(source);
 }
 
 void SimpleElement::setValue(std::unique_ptr<Types::BaseType> value, bool force)
@@ -293,31 +311,11 @@ void SimpleElement::setRawValue(std::unique_ptr<Types::BaseType> value)
     replaceValue(std::move(value), true);
 }
 
-std::unique_ptr<Element> SimpleElement::clone(MetadataSet& owner) const
-{
-    auto copy = std::make_unique<SimpleElement>(metaAttribute(), owner);
-    if (value() != nullptr)
-        copy->replaceValue(Support::cloneValue(*value()), true);
-    return copy;
-}
-
 // ReferenceElement -----------------------------------------------------------------------------
-
-ReferenceElement::ReferenceElement(std::shared_ptr<const AbstractMetaAttribute> attribute,
-                                   MetadataSet& owner)
-    : Element(std::move(attribute), owner)
-{
-}
 
 void ReferenceElement::load(DataIO::BoundedDataSource& source)
 {
-    if (knownMetaAttribute() == nullptr)
-        MXF_SDK_THROW(Exceptions::InvalidMetaAttribute,
-                      "ReferenceElement can not be changed because there is no metaAttribute.");
-    std::unique_ptr<Types::BaseType> value =
-        Types::Factories::BaseTypeFactory::instance().create(dataType(), source);
-    Support::checkConsumed(source);
-    replaceValue(std::move(value), true);
+    loadSingle(source);
 }
 
 void ReferenceElement::setValue(std::unique_ptr<Types::BaseType> value, bool force)
@@ -337,14 +335,6 @@ void ReferenceElement::setValue(std::unique_ptr<Types::BaseType> value, bool for
     replaceValue(std::move(value), false);
 }
 
-std::unique_ptr<Element> ReferenceElement::clone(MetadataSet& owner) const
-{
-    auto copy = std::make_unique<ReferenceElement>(metaAttribute(), owner);
-    if (value() != nullptr)
-        copy->replaceValue(Support::cloneValue(*value()), true);
-    return copy;
-}
-
 const Types::Reference* ReferenceElement::reference() const noexcept
 {
     return value() != nullptr ? Types::Visitors::asReference(*value()) : nullptr;
@@ -361,15 +351,7 @@ void ReferenceElement::setTarget(MetadataSet* target, bool force)
     if (target == nullptr)
         return setValue(nullptr, force);
     check(*this, *target);
-    const Types::UUID* uid = target->instanceUID();
-    if (uid == nullptr)
-        MXF_SDK_THROW(Exceptions::NotFound, L"InstanceUID not found in Metadata Set with key " +
-                                                target->key().toString() +
-                                                L" Check Metadata Set builder.");
-    if (isStrong())
-        setValue(std::make_unique<Types::StrongReference>(*uid), force);
-    else
-        setValue(std::make_unique<Types::WeakReference>(*uid), force);
+    setValue(referenceTo(*target, isStrong()), force);
 }
 
 bool ReferenceElement::isStrong() const noexcept
@@ -459,7 +441,7 @@ void CollectionElement::appendItem(std::unique_ptr<Types::BaseType> item, bool f
     replaceValue(std::move(values), false);
 }
 
-void CollectionElement::removeItem(UInt32 index, bool force)
+void CollectionElement::remove(UInt32 index, bool force)
 {
     if (index >= count())
         MXF_SDK_THROW(Exceptions::IndexOutOfBounds, "Index out of bounds");
@@ -473,18 +455,13 @@ void CollectionElement::removeItem(UInt32 index, bool force)
     replaceValue(std::move(values), false);
 }
 
-void CollectionElement::loadCollection(DataIO::BoundedDataSource& source)
+void CollectionElement::load(DataIO::BoundedDataSource& source)
 {
     std::unique_ptr<Types::BaseType> value =
         Types::Factories::BaseTypeFactory::instance().createCollection(dataType(), source,
                                                                        dataSubType());
     Support::checkConsumed(source);
     replaceValue(std::move(value), true);
-}
-
-void ValueCollectionElement::load(DataIO::BoundedDataSource& source)
-{
-    loadCollection(source);
 }
 
 void ValueCollectionElement::setValue(std::unique_ptr<Types::BaseType> value, bool force)
@@ -501,45 +478,7 @@ void ValueCollectionElement::add(std::unique_ptr<Types::BaseType> item, bool for
     appendItem(std::move(item), force);
 }
 
-void ValueCollectionElement::remove(UInt32 index, bool force)
-{
-    removeItem(index, force);
-}
-
-ArrayElement::ArrayElement(std::shared_ptr<const AbstractMetaAttribute> attribute,
-                           MetadataSet& owner)
-    : ValueCollectionElement(std::move(attribute), owner)
-{
-}
-
-std::unique_ptr<Element> ArrayElement::clone(MetadataSet& owner) const
-{
-    auto copy = std::make_unique<ArrayElement>(metaAttribute(), owner);
-    if (value() != nullptr)
-        copy->replaceValue(Support::cloneValue(*value()), true);
-    return copy;
-}
-
-BatchElement::BatchElement(std::shared_ptr<const AbstractMetaAttribute> attribute,
-                           MetadataSet& owner)
-    : ValueCollectionElement(std::move(attribute), owner)
-{
-}
-
-std::unique_ptr<Element> BatchElement::clone(MetadataSet& owner) const
-{
-    auto copy = std::make_unique<BatchElement>(metaAttribute(), owner);
-    if (value() != nullptr)
-        copy->replaceValue(Support::cloneValue(*value()), true);
-    return copy;
-}
-
 // CollectionReferenceElement -------------------------------------------------------------------
-
-void CollectionReferenceElement::load(DataIO::BoundedDataSource& source)
-{
-    loadCollection(source);
-}
 
 void CollectionReferenceElement::checkKind(const Types::BaseType& item) const
 {
@@ -578,15 +517,7 @@ MetadataSet* CollectionReferenceElement::target(UInt32 index) const
 void CollectionReferenceElement::add(MetadataSet& target, bool force)
 {
     check(*this, target);
-    const Types::UUID* uid = target.instanceUID();
-    if (uid == nullptr)
-        MXF_SDK_THROW(Exceptions::NotFound, L"InstanceUID not found in Metadata Set with key " +
-                                                target.key().toString() +
-                                                L" Check Metadata Set builder.");
-    if (isStrong())
-        appendItem(std::make_unique<Types::StrongReference>(*uid), force);
-    else
-        appendItem(std::make_unique<Types::WeakReference>(*uid), force);
+    appendItem(referenceTo(target, isStrong()), force);
 }
 
 void CollectionReferenceElement::add(std::unique_ptr<Types::Reference> reference, bool force)
@@ -597,42 +528,9 @@ void CollectionReferenceElement::add(std::unique_ptr<Types::Reference> reference
     appendItem(std::move(reference), force);
 }
 
-void CollectionReferenceElement::remove(UInt32 index, bool force)
-{
-    removeItem(index, force);
-}
-
 bool CollectionReferenceElement::isStrong() const noexcept
 {
     return dataSubType() == TI::TYPE_STRONG_REFERENCE;
-}
-
-ArrayReferenceElement::ArrayReferenceElement(std::shared_ptr<const AbstractMetaAttribute> attribute,
-                                             MetadataSet& owner)
-    : CollectionReferenceElement(std::move(attribute), owner)
-{
-}
-
-std::unique_ptr<Element> ArrayReferenceElement::clone(MetadataSet& owner) const
-{
-    auto copy = std::make_unique<ArrayReferenceElement>(metaAttribute(), owner);
-    if (value() != nullptr)
-        copy->replaceValue(Support::cloneValue(*value()), true);
-    return copy;
-}
-
-BatchReferenceElement::BatchReferenceElement(std::shared_ptr<const AbstractMetaAttribute> attribute,
-                                             MetadataSet& owner)
-    : CollectionReferenceElement(std::move(attribute), owner)
-{
-}
-
-std::unique_ptr<Element> BatchReferenceElement::clone(MetadataSet& owner) const
-{
-    auto copy = std::make_unique<BatchReferenceElement>(metaAttribute(), owner);
-    if (value() != nullptr)
-        copy->replaceValue(Support::cloneValue(*value()), true);
-    return copy;
 }
 
 // Creation and casts ---------------------------------------------------------------------------

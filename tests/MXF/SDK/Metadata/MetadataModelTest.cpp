@@ -24,24 +24,6 @@ using Types::UniversalLabel;
 namespace
 {
 
-template <typename Exception, typename Call>
-std::wstring thrown(Call call)
-{
-    try
-    {
-        call();
-    }
-    catch (const Exception& e)
-    {
-        return e.message();
-    }
-    catch (const std::exception& e)
-    {
-        return L"another exception: " + Exceptions::toWide(e.what());
-    }
-    return L"nothing thrown";
-}
-
 Bytes setKey(std::uint8_t kind)
 {
     return {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x53, 0x01, 0x01,

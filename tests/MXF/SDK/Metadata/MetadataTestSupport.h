@@ -2,12 +2,14 @@
 
 #include "MXF/SDK/DataIO/Memory/MemoryDataSink.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
+#include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/MetaMetadata/BinaryLoader.h"
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/Metadata/PartitionMetadata.h"
 #include "MXF/SDK/Platform/Platform.h"
 
 #include <cstdint>
+#include <exception>
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
@@ -133,6 +135,25 @@ inline Bytes written(MXF::SDK::Metadata::PartitionMetadata& metadata)
     MXF::SDK::DataIO::Memory::MemoryDataSink sink;
     metadata.write(sink);
     return sink.data();
+}
+
+// The message of the `Exception` that `call` throws, or what happened instead.
+template <typename Exception, typename Call>
+std::wstring thrown(Call call)
+{
+    try
+    {
+        call();
+    }
+    catch (const Exception& e)
+    {
+        return e.message();
+    }
+    catch (const std::exception& e)
+    {
+        return L"another exception: " + MXF::SDK::Exceptions::toWide(e.what());
+    }
+    return L"nothing thrown";
 }
 
 } // namespace Halvorn::Test::Metadata

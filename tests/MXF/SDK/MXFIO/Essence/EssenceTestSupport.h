@@ -1,67 +1,40 @@
 #pragma once
 
-#include "MXF/SDK/DataIO/File/FileDataSource.h"
-#include "MXF/SDK/Exceptions/Exceptions.h"
-#include "MXF/SDK/MXFIO/Reader.h"
-#include "MXF/SDK/MetaMetadata/BinaryLoader.h"
-#include "MXF/SDK/MetaMetadata/Dictionary.h"
+#include "MXF/SDK/MXFIO/ReaderTestSupport.h"
 #include "MXF/SDK/Metadata/Structural/Registration.h"
-#include "MXF/SDK/Platform/Platform.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <memory>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace Halvorn::Test::Essence
 {
 
-inline std::string dataDir()
-{
-    const char* root = std::getenv("HALVORN_TEST_DATA");
-    return root != nullptr ? root : "tests/data";
-}
+using MXFIO::damageOffset;
+using MXFIO::dataDir;
+using MXFIO::exceptionText;
+using MXFIO::fileSource;
 
+// The reader's dictionary, with the structural sets registered first so that their typed classes
+// are made.
 inline std::shared_ptr<const MXF::SDK::MetaMetadata::Dictionary> dictionary()
 {
-    static const std::shared_ptr<const MXF::SDK::MetaMetadata::Dictionary> loaded = []
+    static const bool registered = []
     {
         MXF::SDK::Metadata::Structural::registerStructuralSets();
-        auto made = std::make_shared<MXF::SDK::MetaMetadata::Dictionary>();
-        MXF::SDK::MetaMetadata::BinaryLoader::load(
-            MXF::SDK::Platform::fromUtf8(HALVORN_DICTIONARY_FILE), *made);
-        return made;
+        return true;
     }();
-    return loaded;
-}
-
-inline std::shared_ptr<MXF::SDK::DataIO::RandomAccessDataSource> fileSource(const std::string& name)
-{
-    return std::make_shared<MXF::SDK::DataIO::File::FileDataSource>(
-        MXF::SDK::Platform::fromUtf8(dataDir() + "/" + name));
+    (void)registered;
+    return MXFIO::dictionary();
 }
 
 inline std::unique_ptr<MXF::SDK::MXFIO::Reader2> readerOf(const std::string& name)
 {
     return std::make_unique<MXF::SDK::MXFIO::Reader2>(fileSource(name), dictionary(), 65536);
-}
-
-// A value of damage-offsets.txt, written by the fixture script from the files themselves.
-inline std::uint64_t damageOffset(const std::string& file, const std::string& what)
-{
-    std::ifstream in(dataDir() + "/damage-offsets.txt");
-    std::string f, w;
-    std::uint64_t value = 0;
-    while (in >> f >> w >> value)
-        if (f == file && w == what)
-            return value;
-    throw std::runtime_error("no " + what + " for " + file + " in damage-offsets.txt");
 }
 
 // One line of expected/NAME.essence-md5.txt: ffmpeg's digest of one stream.
@@ -113,19 +86,6 @@ inline std::vector<Packet> packets(const std::string& name)
             {int(number(f[0])), number(f[1]), number(f[3]), number(f[4]), number(f[5])});
     }
     return result;
-}
-
-inline std::string exceptionText(const std::function<void()>& call)
-{
-    try
-    {
-        call();
-    }
-    catch (const MXF::SDK::Exceptions::BaseException& e)
-    {
-        return e.what();
-    }
-    return "no exception";
 }
 
 } // namespace Halvorn::Test::Essence

@@ -16,24 +16,6 @@ using namespace Halvorn::Test::Metadata;
 namespace
 {
 
-template <typename Exception, typename Call>
-std::wstring thrown(Call call)
-{
-    try
-    {
-        call();
-    }
-    catch (const Exception& e)
-    {
-        return e.message();
-    }
-    catch (const std::exception& e)
-    {
-        return L"another exception: " + Exceptions::toWide(e.what());
-    }
-    return L"nothing thrown";
-}
-
 class StructuralSets : public ::testing::Test
 {
 protected:
