@@ -71,12 +71,13 @@ double essenceAll(const std::string& path, unsigned long long& bytes, long long&
     MXFIO::EssenceReader essence(storage, *material);
     setUp = seconds(start);
     std::size_t track = 0;
-    std::vector<Platform::Byte> data;
+    // Each element in a block of its own, as the decode pipe hands them on.
+    DataIO::SlicePtr data;
     bytes = 0;
     elements = 0;
     while (essence.next(track, data))
     {
-        bytes += data.size();
+        bytes += data->size;
         ++elements;
     }
     return seconds(start);

@@ -44,6 +44,9 @@ public:
 
     // The longest track's duration.
     Int64 packageDuration();
+    // From the metadata, or from the essence where it gives none or the file is OP-Atom.
+    // InvalidElement "(sourcePackageDuration - trackDuration) < 1: duration with bad value." when
+    // the metadata promises more edit units than the essence holds.
     Int64 trackDuration(UInt32 trackNumber);
     Types::Rational editRate(UInt32 trackNumber);
     // NotFound "it != impl_ -> metadataInfo_.trackNumber2TrackID.end (): TrackNumber has no

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MXF/SDK/DataIO/DataSource.h"
+#include "MXF/SDK/DataIO/Slice.h"
 #include "MXF/SDK/MXFIO/Seeker.h"
 #include "MXF/SDK/Platform/Types.h"
 
@@ -47,6 +48,9 @@ public:
     Int64 duration() const override { return duration_; }
     void setDuration(Int64 duration) override { duration_ = duration; }
     bool read(std::vector<Platform::Byte>& data) override;
+    // As above, into a new block of its own that the slice holds: the bytes are read once, from
+    // the file into the block, and never copied again. Null slice with false.
+    bool read(DataIO::SlicePtr& data);
     bool isAtEnd() override;
     std::optional<ElementPlace> place(Int64 editUnit) override;
     UInt32 trackNumber() const override { return trackNumber_; }

@@ -59,6 +59,8 @@ public:
     // The next edit unit in time order: each track's edit units that begin before the end of the
     // current step, the lead track first, then the next step. False at the end of every track.
     bool next(std::size_t& trackOut, std::vector<Platform::Byte>& data);
+    // As above, the data as a slice of a block of its own, read once and never copied.
+    bool next(std::size_t& trackOut, DataIO::SlicePtr& data);
     // Every track to the time of `position` steps.
     void seek(Int64 position);
 
@@ -69,7 +71,15 @@ public:
                                  const Types::Rational& toRate);
 
 private:
+    // The track whose edit unit comes next, in the order of next; false at the end of every track.
+    template <typename Data>
+    bool nextInto(std::size_t& trackOut, Data& data);
+
     std::vector<Track> tracks_;
+    // The lead track first, then the others in their order.
+    std::vector<std::size_t> order_;
+    // Each track's clip start, at the track's rate.
+    std::vector<Int64> starts_;
     Types::Rational masterEditPeriod_{0, 1};
     Int64 masterPosition_ = 0;
     std::size_t leadTrack_ = SIZE_MAX;

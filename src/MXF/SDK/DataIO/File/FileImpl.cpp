@@ -3,7 +3,11 @@
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/Platform/Platform.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <string_view>
+#include <unistd.h>
 
 namespace MXF::SDK::DataIO::File
 {
@@ -21,7 +25,13 @@ FileImpl::FileImpl(const std::wstring& path, const char* mode, Platform::Int32 b
                       L"Error getting file length: '" + path + L"'. " + Platform::lastErrorText(),
                       Exceptions::IOError);
         size_ = static_cast<UInt64>(sizeResult);
-        if (bufferSize == 0)
+        if (readOnly_)
+        {
+            bufferCapacity_ = bufferSize >= 0 ? UInt64(bufferSize) : UInt64(BUFSIZ);
+            if (bufferCapacity_ > 0)
+                buffer_ = std::make_unique_for_overwrite<Platform::Byte[]>(bufferCapacity_);
+        }
+        else if (bufferSize == 0)
             MXF_SDK_CHECK_AS(::setvbuf(file_, 0, _IONBF, 0) == 0,
                              "::setvbuf (file_, 0, _IONBF, 0) == 0",
                              L"Error setting buffering mode in file: '" + path + L"'. " +
@@ -55,6 +65,8 @@ UInt64 FileImpl::read(void* buffer, UInt64 size)
     const UInt64 howMuch = size < remaining() ? size : remaining();
     if (howMuch == 0)
         return 0;
+    if (readOnly_)
+        return readBuffered(static_cast<Platform::Byte*>(buffer), howMuch);
     const std::size_t readResult = std::fread(buffer, 1, howMuch, file_);
     if (readResult < howMuch && std::ferror(file_) != 0)
     {
@@ -78,6 +90,57 @@ void FileImpl::write(const void* buffer, UInt64 size)
     size_ += writeResult;
 }
 
+UInt64 FileImpl::readBuffered(Platform::Byte* out, UInt64 size)
+{
+    UInt64 done = 0;
+    if (position_ >= bufferStart_ && position_ < bufferStart_ + bufferLength_)
+    {
+        const UInt64 offset = position_ - bufferStart_;
+        done = std::min(size, bufferLength_ - offset);
+        std::memcpy(out, buffer_.get() + offset, std::size_t(done));
+    }
+    while (done < size)
+    {
+        const UInt64 at = position_ + done;
+        const UInt64 left = size - done;
+        if (left >= bufferCapacity_)
+        {
+            const UInt64 got = readAt(out + done, left, at);
+            done += got;
+            if (got < left)
+                break;
+            continue;
+        }
+        bufferStart_ = at;
+        bufferLength_ = readAt(buffer_.get(), bufferCapacity_, at);
+        if (bufferLength_ == 0)
+            break;
+        const UInt64 part = std::min(left, bufferLength_);
+        std::memcpy(out + done, buffer_.get(), std::size_t(part));
+        done += part;
+    }
+    position_ += done;
+    return done;
+}
+
+UInt64 FileImpl::readAt(void* out, UInt64 size, UInt64 position)
+{
+    UInt64 done = 0;
+    while (done < size)
+    {
+        const ssize_t got = ::pread(::fileno(file_), static_cast<char*>(out) + done,
+                                    std::size_t(size - done), off_t(position + done));
+        if (got < 0 && errno == EINTR)
+            continue;
+        MXF_SDK_CHECK(got >= 0, L"Error reading from file. " + Platform::lastErrorText(),
+                      Exceptions::IOError);
+        if (got == 0)
+            break;
+        done += UInt64(got);
+    }
+    return done;
+}
+
 UInt64 FileImpl::seek(UInt64 position)
 {
     const UInt64 end = position_ + remaining();
@@ -85,33 +148,12 @@ UInt64 FileImpl::seek(UInt64 position)
         position = end;
     if (position == position_)
         return position_; // nothing to move: spare the stream its flush and lseek
-    if (readOnly_ && position > position_ && position - position_ <= MAX_SKIP_BY_READ &&
-        skipByRead(position - position_))
-        return position_;
+    if (readOnly_)
+        return position_ = position; // reads say where they read from
     MXF_SDK_CHECK_AS(Platform::fileSeek(file_, position), "Platform::fileSeek (file_, position)",
                      L"Error seeking. " + Platform::lastErrorText(), Exceptions::IOError);
     position_ = position;
     return position_;
-}
-
-bool FileImpl::skipByRead(UInt64 distance)
-{
-    constexpr std::size_t CHUNK = 16 * 1024;
-    if (!scratch_)
-        scratch_ = std::make_unique<char[]>(CHUNK);
-    while (distance > 0)
-    {
-        const std::size_t want = distance < CHUNK ? std::size_t(distance) : CHUNK;
-        const std::size_t got = std::fread(scratch_.get(), 1, want, file_);
-        position_ += got;
-        distance -= got;
-        if (got < want)
-        {
-            std::clearerr(file_);
-            return false; // the seek that follows says what went wrong
-        }
-    }
-    return true;
 }
 
 } // namespace MXF::SDK::DataIO::File

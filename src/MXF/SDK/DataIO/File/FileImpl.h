@@ -28,14 +28,17 @@ public:
     virtual UInt64 remaining() const { return size_ - position_; }
 
 private:
-    // Forward skips up to this far read through the stream's buffer instead of seeking: walking
-    // the items of a file skips one small value after another, and glibc pays an lseek for every
-    // fseeko.
-    static constexpr UInt64 MAX_SKIP_BY_READ = 64 * 1024;
-    bool skipByRead(UInt64 distance);
+    // Read-only files are read with pread into a buffer of our own, not through the stream: a
+    // seek is then free, and a read at least as large as the buffer goes straight into the
+    // caller's memory, whole, so that essence is copied once.
+    UInt64 readBuffered(Platform::Byte* out, UInt64 size);
+    UInt64 readAt(void* out, UInt64 size, UInt64 position);
 
     bool readOnly_;
-    std::unique_ptr<char[]> scratch_;
+    std::unique_ptr<Platform::Byte[]> buffer_;
+    UInt64 bufferCapacity_ = 0;
+    UInt64 bufferStart_ = 0;
+    UInt64 bufferLength_ = 0;
     // glibc ignores the size of setvbuf without a buffer of the caller's, so we give it one.
     std::unique_ptr<char[]> streamBuffer_;
     UInt64 position_ = 0;

@@ -337,8 +337,18 @@ Int64 ContentStorageReader::trackDuration(UInt32 trackNumberValue)
             if (fromEssence == 0 || (impl_->clipWrapped && walked > 1))
                 fromEssence = walked;
         }
-        if (duration <= 0 || fromEssence > 0)
-            duration = duration <= 0 ? fromEssence : std::min(duration, fromEssence);
+        if (duration > 0 && fromEssence > 0)
+        {
+            // The package may not promise an edit unit more than the essence holds.
+            const Int64 sourcePackageDuration = duration;
+            const Int64 trackDuration = fromEssence;
+            MXF_SDK_CHECK_AS((sourcePackageDuration - trackDuration) < 1,
+                             "(sourcePackageDuration - trackDuration) < 1",
+                             "duration with bad value.", Exceptions::InvalidElement);
+            duration = std::min(duration, fromEssence);
+        }
+        else if (duration <= 0)
+            duration = fromEssence;
     }
     MXF_SDK_CHECK_AS(impl_->seeker_->trackNumberExists(trackNumberValue),
                      "impl_ -> seeker_ -> trackNumberExists (trackNumberValue)",

@@ -38,6 +38,27 @@ bool BaseElementEssenceReader::read(std::vector<Platform::Byte>& data)
     return true;
 }
 
+bool BaseElementEssenceReader::read(DataIO::SlicePtr& data)
+{
+    data.reset();
+    const std::optional<ElementPlace> found = place(position_);
+    if (!found)
+        return false;
+    source_.seek(found->dataPosition);
+    const UInt64 size = std::min(found->size, source_.remaining());
+    ++position_;
+    if (size == 0)
+    {
+        data = std::make_unique<DataIO::Slice>();
+        return true;
+    }
+    // Left as it comes from the allocator: the read fills it.
+    const DataIO::BlockPtr block =
+        DataIO::BlockPtr::adopt(DataIO::MemoryBlockFactory::instance().createBlock(size));
+    data = DataIO::Slice::make(block.get(), 0, source_.read(block->data(), size));
+    return true;
+}
+
 bool BaseElementEssenceReader::isAtEnd()
 {
     return !place(position_).has_value();

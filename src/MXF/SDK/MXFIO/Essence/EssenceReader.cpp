@@ -154,8 +154,16 @@ EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& pack
     }
     MXF_SDK_CHECK_AS(!(masterEditPeriod_ == Types::Rational(0, 1)), "!(masterEditPeriod_ == 0)",
                      "Package does not have valid Essence Tracks.", Exceptions::InvalidValue);
-    for (Track& record : tracks_)
-        record.reader->seek(record.currentPosition);
+    for (std::size_t i = 0; i < tracks_.size(); ++i)
+    {
+        if (i != leadTrack_)
+            order_.push_back(i);
+        const SourceClip& clip = *tracks_[i].clip;
+        starts_.push_back(clip.startPosition() != nullptr ? clip.startPosition()->value() : 0);
+        tracks_[i].reader->seek(tracks_[i].currentPosition);
+    }
+    if (leadTrack_ < tracks_.size())
+        order_.insert(order_.begin(), leadTrack_);
 }
 
 EssenceReader::~EssenceReader() = default;
@@ -170,35 +178,26 @@ void EssenceReader::seek(Int64 position)
         // Steps of the master period to the track's own edit units.
         const Wide num = Wide(position) * masterEditPeriod_.numerator() * fileRate.numerator();
         const Wide den = Wide(masterEditPeriod_.denominator()) * fileRate.denominator();
-        const Int64 start =
-            record.clip->startPosition() != nullptr ? record.clip->startPosition()->value() : 0;
-        record.currentPosition = start + Int64(num / den);
+        record.currentPosition = starts_[std::size_t(&record - tracks_.data())] + Int64(num / den);
         record.reader->seek(record.currentPosition);
     }
 }
 
-bool EssenceReader::next(std::size_t& trackOut, std::vector<Platform::Byte>& data)
+template <typename Data>
+bool EssenceReader::nextInto(std::size_t& trackOut, Data& data)
 {
-    std::vector<std::size_t> order;
-    if (leadTrack_ < tracks_.size())
-        order.push_back(leadTrack_);
-    for (std::size_t i = 0; i < tracks_.size(); ++i)
-        if (i != leadTrack_)
-            order.push_back(i);
     if (ended_.size() != tracks_.size())
         ended_.assign(tracks_.size(), false);
     for (;;)
     {
         bool any = false;
-        for (const std::size_t i : order)
+        for (const std::size_t i : order_)
         {
             if (ended_[i])
                 continue;
             any = true;
             Track& record = tracks_[i];
-            const Int64 start =
-                record.clip->startPosition() != nullptr ? record.clip->startPosition()->value() : 0;
-            const Int64 done = record.reader->position() - start;
+            const Int64 done = record.reader->position() - starts_[i];
             // The edit unit belongs to this step when its time is below the step's end:
             // done / rate < (master + 1) * period. Only a track that is due is looked at, so
             // that the file is read in the order it was written.
@@ -220,6 +219,16 @@ bool EssenceReader::next(std::size_t& trackOut, std::vector<Platform::Byte>& dat
             return false;
         ++masterPosition_;
     }
+}
+
+bool EssenceReader::next(std::size_t& trackOut, std::vector<Platform::Byte>& data)
+{
+    return nextInto(trackOut, data);
+}
+
+bool EssenceReader::next(std::size_t& trackOut, DataIO::SlicePtr& data)
+{
+    return nextInto(trackOut, data);
 }
 
 } // namespace MXF::SDK::MXFIO

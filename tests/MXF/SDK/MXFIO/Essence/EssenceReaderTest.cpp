@@ -5,12 +5,15 @@
 
 #include "MXF/SDK/MXFIO/EssenceReader.h"
 
+#include "MXF/SDK/DataIO/File/FileDataSource.h"
 #include "MXF/SDK/MXFIO/ContentStorageReader.h"
 #include "MXF/SDK/MXFIO/Essence/EssenceTestSupport.h"
 #include "MXF/SDK/MXFIO/Essence/Md5.h"
 #include "MXF/SDK/MXFIO/EssenceUtils.h"
 #include "MXF/SDK/Metadata/Structural/Structural.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <regex>
 
@@ -326,3 +329,147 @@ TEST(EssenceReaderTest, SeekerChecksAndTexts)
 }
 
 } // namespace
+
+namespace
+{
+
+using Halvorn::Test::MXFIO::Bytes;
+
+std::unique_ptr<Reader2> readerOfBytes(const Bytes& bytes)
+{
+    return std::make_unique<Reader2>(Halvorn::Test::MXFIO::memorySource(bytes), dictionary(),
+                                     65536);
+}
+
+void putBigEndian(Bytes& bytes, std::size_t at, std::uint64_t value, int width)
+{
+    for (int i = 0; i < width; ++i)
+        bytes[at + i] = std::uint8_t(value >> (8 * (width - 1 - i)));
+}
+
+} // namespace
+
+TEST(EssenceReaderTest, SlicesHoldWhatFFmpegDelivers)
+{
+    for (const std::string name : {"xdcamhd422_1080i25", "opatom_pcm", "multibody_180p50",
+                                   "damaged_truncated_30", "damaged_no_footer"})
+    {
+        SCOPED_TRACE(name);
+        auto opened = open(name + ".mxf", false);
+        std::vector<Md5> md5(opened->essence->trackCount());
+        std::vector<std::uint64_t> bytes(md5.size());
+        std::size_t track = 0;
+        DataIO::SlicePtr data;
+        while (opened->essence->next(track, data))
+        {
+            ASSERT_TRUE(data);
+            md5.at(track).update(data->begin(), data->size);
+            bytes.at(track) += data->size;
+        }
+        EXPECT_FALSE(data);
+        const auto expected = digests(name);
+        for (std::size_t t = 0; t < md5.size(); ++t)
+        {
+            SCOPED_TRACE(opened->tags[t]);
+            EXPECT_EQ(md5[t].hex(), expected.at(opened->tags[t]).md5);
+            EXPECT_EQ(bytes[t], expected.at(opened->tags[t]).bytes);
+        }
+    }
+}
+
+TEST(EssenceReaderTest, DurationAndStreamOffsetTexts)
+{
+    // A source package that promises two edit units more than its essence holds: every Duration
+    // of the OP-Atom file's sequences and clips grows by two.
+    {
+        auto clean = open("opatom_mpeg2.mxf", false);
+        const UInt32 number = clean->essence->track(0).trackNumber;
+        const std::uint64_t units = std::uint64_t(clean->storage->trackDuration(number));
+        Bytes bytes = Halvorn::Test::MXFIO::fileBytes("opatom_mpeg2.mxf");
+        Bytes pattern = {0x02, 0x02, 0x00, 0x08, 0, 0, 0, 0, 0, 0, 0, 0};
+        putBigEndian(pattern, 4, units, 8);
+        int changed = 0;
+        for (auto at = bytes.begin();
+             (at = std::search(at, bytes.end(), pattern.begin(), pattern.end())) != bytes.end();
+             ++changed)
+            putBigEndian(bytes, std::size_t(at - bytes.begin()) + 4, units + 2, 8);
+        ASSERT_GT(changed, 0);
+        auto reader = readerOfBytes(bytes);
+        auto metadata = reader->latestHeaderMetadataPartition().metadata();
+        ContentStorageReader storage(*metadata, *reader);
+        EXPECT_EQ(exceptionText([&] { storage.trackDuration(number); }),
+                  "(sourcePackageDuration - trackDuration) < 1: duration with bad value.");
+    }
+
+    // From the footer: the same place as from the header; a file without one says so.
+    auto multi = open("multibody_180p50.mxf", false);
+    EXPECT_EQ(EssenceUtils::absolutePosition(*multi->reader, 1, 1079296,
+                                             EssenceUtils::SearchFrom::FOOTER),
+              EssenceUtils::absolutePosition(*multi->reader, 1, 1079296));
+    EXPECT_EQ(
+        EssenceUtils::bodyPartitions(*multi->reader, 1, EssenceUtils::SearchFrom::FOOTER).size(),
+        3u);
+    auto noFooter = open("damaged_no_footer.mxf", false);
+    const UInt32 sid = noFooter->storage->bodySID();
+    EXPECT_EQ(exceptionText(
+                  [&] {
+                      EssenceUtils::absolutePosition(*noFooter->reader, sid, 0,
+                                                     EssenceUtils::SearchFrom::FOOTER);
+                  }),
+              "currentPartition != 0: Could not find footer partition.");
+
+    // Past the last body, which the cut file's end closes.
+    const std::uint64_t size = Halvorn::Test::MXFIO::fileBytes("damaged_no_footer.mxf").size();
+    char sizeText[32];
+    std::snprintf(sizeText, sizeof sizeText, "%llx", static_cast<unsigned long long>(size));
+    EXPECT_EQ(
+        exceptionText([&] { EssenceUtils::absolutePosition(*noFooter->reader, sid, 1ull << 40); }),
+        std::string("Expected body offset of partition 0x10000000000 is higher than the "
+                    "total file size (0x") +
+            sizeText + ")");
+
+    // A stream offset between two bodies: body 2's BodyOffset (README 1079296) moved on by 1 MiB
+    // leaves the offset where body 1 ends in no body. Body 2's pack stands at 1085952.
+    Bytes bytes = Halvorn::Test::MXFIO::fileBytes("multibody_180p50.mxf");
+    const std::size_t pack = damageOffset("multibody_180p50.mxf", "body_partition_2_at");
+    ASSERT_EQ(pack, 1085952u);
+    // Key, BER length, then major and minor version, KAG size, five 64-bit fields, IndexSID.
+    const std::size_t value = pack + 16 + 1 + (bytes[pack + 16] & 0x7F);
+    putBigEndian(bytes, value + 52, 1079296 + 0x100000, 8);
+    auto gap = readerOfBytes(bytes);
+    EXPECT_EQ(exceptionText([&] { EssenceUtils::absolutePosition(*gap, 1, 1079296); }),
+              "Expected body offset of partition 0x107800 is higher than begin of next partition "
+              "(0x109200)");
+}
+
+// The file source the elements are read through: small reads from its buffer, large ones straight
+// into the caller's memory, in any order, hold the file's bytes.
+TEST(EssenceReaderTest, FileReadsOfEverySizeHoldTheFilesBytes)
+{
+    const Bytes whole = Halvorn::Test::MXFIO::fileBytes("xdcamhd422_720p50.mxf");
+    for (const int bufferSize : {-1, 0, 7, 4096, 65536})
+    {
+        SCOPED_TRACE(bufferSize);
+        DataIO::File::FileDataSource source(
+            Platform::fromUtf8(dataDir() + "/xdcamhd422_720p50.mxf"), bufferSize);
+        std::uint64_t state = 12345;
+        Bytes got;
+        for (int i = 0; i < 400; ++i)
+        {
+            state = state * 6364136223846793005ull + 1442695040888963407ull;
+            const std::uint64_t at = (state >> 20) % (whole.size() + 10);
+            const std::uint64_t size = i % 3 == 0 ? (state >> 8) % 300000 : (state >> 8) % 40;
+            // Half of the reads go on from where the last stopped.
+            if (i % 2 == 0)
+            {
+                EXPECT_EQ(source.seek(at), std::min<std::uint64_t>(at, whole.size()));
+            }
+            const std::uint64_t from = source.position();
+            got.resize(size);
+            const std::uint64_t read = source.read(got.data(), size);
+            ASSERT_EQ(read, std::min<std::uint64_t>(size, whole.size() - from));
+            ASSERT_TRUE(std::equal(got.begin(), got.begin() + read, whole.begin() + from));
+            EXPECT_EQ(source.position(), from + read);
+        }
+    }
+}
