@@ -1,3 +1,4 @@
+#include "DecodePipes/XDCAMDecodePipe.h"
 #include "KEP/Halvorn/KEPModule.h"
 
 namespace KEP::Halvorn
@@ -28,6 +29,7 @@ KEPCodecPipe* KEPModule::newCodecPipe(KEPCodecPipeType type)
     switch (static_cast<unsigned>(type))
     {
     case XDCAMDecodePipeType:
+        return make<DecodePipes::XDCAMDecodePipe>();
     case XDCAMEXDecodePipeType:
     case AvidEncodePipeType:
     case OPAtomEncodePipeType:

@@ -64,4 +64,13 @@ inline constexpr const char* ESSENCE_USAGE =
 // edit units by walking the items.
 int essenceCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
+inline constexpr const char* TRACKS_USAGE =
+    "tracks FILE|--mediapro MEDIAPRO.XML --umid UMID [--dictionary DICTIONARY]";
+
+// The track descriptors the XDCAM decode pipe announces for a clip, one line a track as key=value,
+// then the clip's duration and start time code. With --mediapro and --umid the clip is first
+// found through the MediaProfile: its sidecar and start offset, its files with their frames, its
+// marks.
+int tracksCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+
 } // namespace Halvorn::Inspect

@@ -22,6 +22,7 @@ constexpr Subcommand SUBCOMMANDS[] = {
     {"metadata", metadataCommand, METADATA_USAGE},
     {"index", indexCommand, "index FILE"},
     {"essence", essenceCommand, ESSENCE_USAGE},
+    {"tracks", tracksCommand, TRACKS_USAGE},
 };
 
 int usage()

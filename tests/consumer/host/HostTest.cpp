@@ -4,6 +4,7 @@
 #include <KEP/Halvorn/KEPModule.h>
 #include <KEP/Halvorn/KEPTranscoder.h>
 #include <atomic>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <string>
@@ -150,4 +151,51 @@ TEST(Host, GetsAPipeOfTheRightKindOrNullForEachType)
         EXPECT_EQ(module.newCodecPipe(static_cast<KEPCodecPipeType>(unknown)), nullptr) << unknown;
     module.installLogger(nullptr);
     EXPECT_TRUE(logger.lines().empty());
+}
+
+// The XDCAM decode pipe as a host configures it. The public headers offer no encode pipe a host
+// could make itself (the transcoder runs only the library's own), so the job itself runs in the
+// build's halvorn_host_job_tests, over the same factory.
+TEST(Host, ConfiguresAnXDCAMDecodePipeByPathAndByUmid)
+{
+    KEPModule& module = KEPModule::instance();
+    const std::string data = HALVORN_HOST_TEST_DATA;
+    const std::wstring clip(std::wstring(data.begin(), data.end()) + L"/xdcamhd422_1080i25.mxf");
+    const std::wstring profile(std::wstring(data.begin(), data.end()) +
+                               L"/sidecars/BPAV/MEDIAPRO.XML");
+
+    // The dictionary the library ships, in the share folder of the build or the installation.
+    const std::string dictionary = HALVORN_HOST_DICTIONARY;
+    std::FILE* shipped = std::fopen(dictionary.c_str(), "rb");
+    ASSERT_NE(shipped, nullptr) << dictionary;
+    std::fclose(shipped);
+    module.mxfBinaryDictionary(std::wstring(dictionary.begin(), dictionary.end()).c_str());
+
+    KEPCodecPipe* made = module.newCodecPipe(XDCAMDecodePipeType);
+    ASSERT_NE(made, nullptr);
+    auto* pipe = dynamic_cast<KEPDecodePipe*>(made);
+    ASSERT_NE(pipe, nullptr);
+    EXPECT_TRUE(pipe->setInputFile(clip.c_str(), L"", 0));
+    EXPECT_TRUE(pipe->setInputUmid(
+        profile.c_str(), L"060A2B340101010501010D43130000007A3C51D2114805D8080046020211A2B3"));
+    EXPECT_FALSE(pipe->setInputUmid(
+        profile.c_str(), L"060A2B340101010501010D4313000000FFFFFFFF114805D8080046020211A2B3"));
+    pipe->setInPoint(0, 5);
+    pipe->setDuration(14, 10);
+    EXPECT_FALSE(pipe->useInOutPoint()) << "5 + 10 precharge and displayed frames exceed 14";
+    pipe->setDuration(15, 10);
+    EXPECT_TRUE(pipe->useInOutPoint());
+
+    class HostEncodePipe : public KEPEncodePipe
+    {
+    };
+    HostEncodePipe own;
+    HostTranscoder transcoder;
+    EXPECT_TRUE(transcoder.setDecodePipe(pipe));
+    EXPECT_TRUE(transcoder.setEncodePipe(&own));
+    EXPECT_EQ(transcoder.getState(), KEPTranscoder::Unlinked) << "a pipe of the host never runs";
+    EXPECT_FALSE(transcoder.transcode());
+    EXPECT_TRUE(transcoder.unlink());
+    delete made;
+    module.mxfBinaryDictionary(L"");
 }
