@@ -43,14 +43,12 @@ inline std::string expected(const std::string& clip, const std::string& suffix)
     return readText(dataDir() + "/expected/" + clip + suffix);
 }
 
-// `key=value` words of the lines of expected/structural/NAME.txt that begin with `kind`
-// ("video", "audio"), in file order.
-inline std::vector<std::map<std::string, std::string>> structural(const std::string& clip,
-                                                                  const std::string& kind)
+// The `key=value` words of each of `lines` that begins with the word `kind`, in order.
+inline std::vector<std::map<std::string, std::string>>
+keyValueLines(const std::vector<std::string>& lines, const std::string& kind)
 {
-    std::vector<std::map<std::string, std::string>> lines;
-    std::istringstream in(expected("structural/" + clip, ".txt"));
-    for (std::string line; std::getline(in, line);)
+    std::vector<std::map<std::string, std::string>> found;
+    for (const std::string& line : lines)
     {
         std::istringstream words(line);
         std::string first;
@@ -61,9 +59,20 @@ inline std::vector<std::map<std::string, std::string>> structural(const std::str
         for (std::string word; words >> word;)
             if (const auto eq = word.find('='); eq != std::string::npos)
                 fields[word.substr(0, eq)] = word.substr(eq + 1);
-        lines.push_back(std::move(fields));
+        found.push_back(std::move(fields));
     }
-    return lines;
+    return found;
+}
+
+// Those of expected/structural/NAME.txt for `kind` ("video", "audio").
+inline std::vector<std::map<std::string, std::string>> structural(const std::string& clip,
+                                                                  const std::string& kind)
+{
+    std::vector<std::string> lines;
+    std::istringstream in(expected("structural/" + clip, ".txt"));
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
+    return keyValueLines(lines, kind);
 }
 
 // The value of `"key": value` in the `n`th object of a JSON text that starts with `"marker"`

@@ -16,24 +16,9 @@ using ::testing::HasSubstr;
 namespace
 {
 
-// The key=value words of the lines that begin with `kind`.
 std::vector<std::map<std::string, std::string>> linesOf(const Outcome& run, const std::string& kind)
 {
-    std::vector<std::map<std::string, std::string>> found;
-    for (const std::string& line : run.lines)
-    {
-        std::istringstream words(line);
-        std::string first;
-        words >> first;
-        if (first != kind)
-            continue;
-        std::map<std::string, std::string> fields;
-        for (std::string word; words >> word;)
-            if (const auto eq = word.find('='); eq != std::string::npos)
-                fields[word.substr(0, eq)] = word.substr(eq + 1);
-        found.push_back(std::move(fields));
-    }
-    return found;
+    return keyValueLines(run.lines, kind);
 }
 
 unsigned number(const std::string& text, std::size_t index, char separator)
