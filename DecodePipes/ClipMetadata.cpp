@@ -279,6 +279,9 @@ ClipMaterials ClipMetadata::materials() const
 
 ClipMaterials ClipMetadata::loadMaterials(const wchar_t* xmlFile)
 {
+    // No sidecar, no marks: spare the XML library's start-up, the dearest part of a short job.
+    if (xmlFile == nullptr || *xmlFile == L'\0')
+        return {};
     ClipMetadata metadata;
     try
     {

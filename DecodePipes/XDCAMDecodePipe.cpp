@@ -1,6 +1,7 @@
 #include "DecodePipes/XDCAMDecodePipe.h"
 
 #include "DecodePipes/EssenceContainerKind.h"
+#include "MXF/SDK/DataIO/Slice.h"
 #include "MXF/SDK/MXFIO/ContentStorageReader.h"
 #include "MXF/SDK/MXFIO/EssenceReader.h"
 #include "MXF/SDK/MXFIO/Reader.h"
@@ -275,8 +276,6 @@ struct XDCAMDecodePipe::OpenFile
     std::unique_ptr<ContentStorageReader> storage;
     std::unique_ptr<EssenceReader> essence;
     std::vector<std::uint32_t> sampleTrackIds;
-    // The element being read, kept for its capacity.
-    std::vector<MXF::SDK::Platform::Byte> element;
 };
 
 namespace
@@ -372,11 +371,11 @@ void XDCAMDecodePipe::readNextSamples()
 {
     std::size_t index = 0;
     std::uint32_t trackId = 0;
+    MXF::SDK::DataIO::SlicePtr element;
     // Elements of tracks without a descriptor (data tracks) have nowhere to go.
     do
     {
-        if (open_ == nullptr || open_->essence == nullptr ||
-            !open_->essence->next(index, open_->element))
+        if (open_ == nullptr || open_->essence == nullptr || !open_->essence->next(index, element))
         {
             logEntry(LOG_TRACE, L"Finished read essence. No more data.");
             return;
@@ -384,10 +383,18 @@ void XDCAMDecodePipe::readNextSamples()
         trackId = open_->sampleTrackIds.at(index);
     } while (std::none_of(tracks_.begin(), tracks_.end(),
                           [&](const auto& track) { return track->trackId == trackId; }));
-    const std::vector<MXF::SDK::Platform::Byte>& element = open_->element;
-    auto* sample = new HalvornSample(trackId, element.size());
-    if (!element.empty())
-        std::memcpy(sample->data(), element.data(), element.size());
+    // The element was read into a block of its own; the sample copies it, and the block goes with
+    // the slice at the end of the call. Only a read cut short by the file leaves the block longer
+    // than its bytes.
+    HalvornSample* sample = nullptr;
+    if (element->offset == 0 && element->size == element->block->size())
+        sample = new ReadSample(trackId, *element->block);
+    else
+    {
+        sample = new HalvornSample(trackId, element->size);
+        if (!element->empty())
+            std::memcpy(sample->data(), element->begin(), element->size);
+    }
     try
     {
         samples_.push_back(sample);

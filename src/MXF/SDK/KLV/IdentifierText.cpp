@@ -50,6 +50,20 @@ void appendHex(std::wstring& out, Byte byte)
     out.push_back(DIGITS[byte & 0x0F]);
 }
 
+// Without the C library's wide formatting, which costs a locale conversion a call.
+void appendDecimal(std::wstring& out, unsigned value)
+{
+    wchar_t digits[10];
+    std::size_t count = 0;
+    do
+    {
+        digits[count++] = wchar_t(L'0' + value % 10);
+        value /= 10;
+    } while (value != 0);
+    while (count > 0)
+        out.push_back(digits[--count]);
+}
+
 } // namespace
 
 void readDottedHex(std::wstring_view text, Byte* out, std::size_t size)
@@ -170,13 +184,16 @@ std::wstring writeOID(const Byte* bytes, std::size_t size, const OIDHead& head)
     {
         if (i > 0)
             out.push_back(L'.');
-        out += std::to_wstring(head.numbers[i]);
+        appendDecimal(out, head.numbers[i]);
     }
     std::size_t last = size;
     while (last > head.byteCount && bytes[last - 1] == 0)
         --last;
     for (std::size_t i = head.byteCount; i < last; ++i)
-        out += L"." + std::to_wstring(bytes[i]);
+    {
+        out.push_back(L'.');
+        appendDecimal(out, bytes[i]);
+    }
     return out;
 }
 

@@ -146,3 +146,49 @@ TEST(File, WriteFailureLeavesPositionAlone)
     }
     EXPECT_EQ(sink.position(), 0u);
 }
+
+// Picture-sized reads alternating with sound-sized ones turn on the read-ahead; every read must
+// still give the file's bytes at its own position, however the next one jumps.
+TEST(File, ReadsAroundTheReadAheadGiveTheFilesBytes)
+{
+    TempDir dir;
+    const std::wstring path = dir.file(L"frames.bin");
+    const auto bytes = patternBytes(3000000);
+    {
+        FileDataSink sink(path, false);
+        sink.write(bytes.data(), bytes.size());
+    }
+    FileDataSource source(path);
+    std::uint64_t at = 0;
+    const auto readAt = [&](std::uint64_t position, std::size_t size)
+    {
+        source.seek(position);
+        std::vector<std::uint8_t> got(size);
+        const std::uint64_t expected = std::min<std::uint64_t>(size, bytes.size() - position);
+        ASSERT_EQ(source.read(got.data(), size), expected) << "at " << position;
+        ASSERT_TRUE(std::equal(got.begin(), got.begin() + std::ptrdiff_t(expected),
+                               bytes.begin() + std::ptrdiff_t(position)))
+            << size << " bytes at " << position;
+        EXPECT_EQ(source.position(), position + expected);
+    };
+    // Frames: a large element, a key's worth skipped, eight small ones with keys between.
+    for (int frame = 0; frame < 8; ++frame)
+    {
+        readAt(at, 200000 + frame * 1000);
+        at += 200000 + frame * 1000 + 20;
+        for (int sound = 0; sound < 8; ++sound, at += 5760 + 20)
+            readAt(at, 5760);
+    }
+    // Back into what the last read-ahead held, then large reads one after the other, a jump
+    // far ahead, a read across the end and one that starts in the last buffer's tail.
+    readAt(at - 3000, 100);
+    for (int i = 0; i < 4; ++i, at += 300000)
+        readAt(at, 300000);
+    readAt(2900000, 5000);
+    readAt(120000, 70000);
+    readAt(bytes.size() - 70000, 200000);
+    readAt(bytes.size() - 10, 5760);
+    readAt(bytes.size() - 100000, 65536);
+    readAt(bytes.size() - 30000, 100000);
+    EXPECT_TRUE(source.eof());
+}

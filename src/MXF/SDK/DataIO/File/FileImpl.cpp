@@ -7,10 +7,18 @@
 #include <cerrno>
 #include <cstring>
 #include <string_view>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace MXF::SDK::DataIO::File
 {
+
+namespace
+{
+// Read-only files buffer themselves. A frame's sound elements, a few KiB each, come in one read
+// this size; larger reads, such as a picture element, go straight into the caller's memory.
+constexpr UInt64 DEFAULT_READ_BUFFER = 0x10000;
+} // namespace
 
 FileImpl::FileImpl(const std::wstring& path, const char* mode, Platform::Int32 bufferSize)
     : readOnly_(mode[0] == 'r' && std::string_view(mode).find('+') == std::string_view::npos)
@@ -27,7 +35,7 @@ FileImpl::FileImpl(const std::wstring& path, const char* mode, Platform::Int32 b
         size_ = static_cast<UInt64>(sizeResult);
         if (readOnly_)
         {
-            bufferCapacity_ = bufferSize >= 0 ? UInt64(bufferSize) : UInt64(BUFSIZ);
+            bufferCapacity_ = bufferSize >= 0 ? UInt64(bufferSize) : DEFAULT_READ_BUFFER;
             if (bufferCapacity_ > 0)
                 buffer_ = std::make_unique_for_overwrite<Platform::Byte[]>(bufferCapacity_);
         }
@@ -98,6 +106,7 @@ UInt64 FileImpl::readBuffered(Platform::Byte* out, UInt64 size)
         const UInt64 offset = position_ - bufferStart_;
         done = std::min(size, bufferLength_ - offset);
         std::memcpy(out, buffer_.get() + offset, std::size_t(done));
+        readAheadUnused_ = false;
     }
     while (done < size)
     {
@@ -105,14 +114,23 @@ UInt64 FileImpl::readBuffered(Platform::Byte* out, UInt64 size)
         const UInt64 left = size - done;
         if (left >= bufferCapacity_)
         {
-            const UInt64 got = readAt(out + done, left, at);
+            // Read-ahead that nobody used: large reads follow each other.
+            if (readAheadUnused_)
+                readAhead_ = false;
+            const UInt64 got = readAhead_ ? readDirectAndAhead(out + done, left, at)
+                                          : readAt(out + done, left, at);
             done += got;
+            directEnd_ = at + got;
             if (got < left)
                 break;
             continue;
         }
+        // Just after a direct read, past the next item's key and length at most.
+        if (at >= directEnd_ && at - directEnd_ < bufferCapacity_ / 2)
+            readAhead_ = true;
         bufferStart_ = at;
         bufferLength_ = readAt(buffer_.get(), bufferCapacity_, at);
+        readAheadUnused_ = false;
         if (bufferLength_ == 0)
             break;
         const UInt64 part = std::min(left, bufferLength_);
@@ -120,6 +138,32 @@ UInt64 FileImpl::readBuffered(Platform::Byte* out, UInt64 size)
         done += part;
     }
     position_ += done;
+    return done;
+}
+
+UInt64 FileImpl::readDirectAndAhead(Platform::Byte* out, UInt64 size, UInt64 position)
+{
+    UInt64 done = 0;
+    UInt64 ahead = 0;
+    while (done < size)
+    {
+        iovec parts[2] = {{out + done, std::size_t(size - done)},
+                          {buffer_.get(), std::size_t(bufferCapacity_)}};
+        const ssize_t got = ::preadv(::fileno(file_), parts, 2, off_t(position + done));
+        if (got < 0 && errno == EINTR)
+            continue;
+        MXF_SDK_CHECK(got >= 0, L"Error reading from file. " + Platform::lastErrorText(),
+                      Exceptions::IOError);
+        if (got == 0)
+            break;
+        const UInt64 wanted = size - done;
+        done += std::min(UInt64(got), wanted);
+        ahead = UInt64(got) > wanted ? UInt64(got) - wanted : 0;
+    }
+    // A short read-ahead is kept as it is: the next read past it fills the buffer again.
+    bufferStart_ = position + size;
+    bufferLength_ = done == size ? ahead : 0;
+    readAheadUnused_ = bufferLength_ != 0;
     return done;
 }
 

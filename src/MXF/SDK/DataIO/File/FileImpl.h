@@ -2,6 +2,7 @@
 
 #include "MXF/SDK/Platform/Types.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -33,12 +34,21 @@ private:
     // caller's memory, whole, so that essence is copied once.
     UInt64 readBuffered(Platform::Byte* out, UInt64 size);
     UInt64 readAt(void* out, UInt64 size, UInt64 position);
+    // A direct read that also fills the buffer with what follows, in the same call: when large
+    // reads alternate with small ones (a picture element, then the frame's sound), one call a
+    // frame instead of two.
+    UInt64 readDirectAndAhead(Platform::Byte* out, UInt64 size, UInt64 position);
 
     bool readOnly_;
     std::unique_ptr<Platform::Byte[]> buffer_;
     UInt64 bufferCapacity_ = 0;
     UInt64 bufferStart_ = 0;
     UInt64 bufferLength_ = 0;
+    // Where the last direct read ended; a buffer fill just after it turns on the read-ahead.
+    UInt64 directEnd_ = UINT64_MAX;
+    bool readAhead_ = false;
+    // The buffer holds read-ahead that no read has touched yet.
+    bool readAheadUnused_ = false;
     // glibc ignores the size of setvbuf without a buffer of the caller's, so we give it one.
     std::unique_ptr<char[]> streamBuffer_;
     UInt64 position_ = 0;
