@@ -6,6 +6,7 @@
 #include "MXF/SDK/MXFIO/Essence/Md5.h"
 
 #include <gtest/gtest.h>
+#include <regex>
 
 using namespace Halvorn::Test;
 
@@ -106,3 +107,102 @@ TEST(MxfInspectIndexTest, SegmentsOfTheMultibodyFixture)
 }
 
 } // namespace
+
+namespace
+{
+
+struct StreamPackets
+{
+    long long count = 0, first = -1, last = -1, bytes = 0;
+};
+
+// ffprobe's packets per stream (stream,pts,dts,duration,size,pos,flags), named v0, a0... as
+// ffmpeg numbers its streams.
+std::map<std::string, StreamPackets> ffprobePackets(const std::string& name)
+{
+    std::istringstream in(readFile(testData("expected/" + name + ".ffprobe-packets.csv")));
+    std::map<std::string, StreamPackets> streams;
+    for (std::string line; std::getline(in, line);)
+    {
+        std::vector<std::string> fields;
+        std::istringstream split(line);
+        for (std::string field; std::getline(split, field, ',');)
+            fields.push_back(field);
+        const int stream = std::stoi(fields.at(0));
+        StreamPackets& packets = streams[stream == 0 ? "v0" : "a" + std::to_string(stream - 1)];
+        const long long pos = std::stoll(fields.at(5));
+        packets.first = packets.count == 0 ? pos : packets.first;
+        packets.last = pos;
+        packets.bytes += std::stoll(fields.at(4));
+        ++packets.count;
+    }
+    return streams;
+}
+
+} // namespace
+
+TEST(MxfInspectIndexTest, TrackSummariesAgreeWithFFprobesPackets)
+{
+    const std::regex summary(
+        R"(^(v\d+|a\d+) track \d+: number 0x[0-9a-f]{8}, element \d+, (\d+) edit units indexed, )"
+        R"(first at (\d+), last at (\d+), (\d+) bytes$)");
+    for (const char* name : {"xdcamhd422_1080i25", "xdcamhd422_720p50", "xdcamhd422_1080i2997df",
+                             "imx50_625", "multibody_180p50", "runin_100"})
+    {
+        SCOPED_TRACE(name);
+        const Outcome run = inspect({"index", testData(std::string(name) + ".mxf")});
+        EXPECT_EQ(run.status, 0) << run.err;
+        const auto expected = ffprobePackets(name);
+        std::size_t tracks = 0;
+        for (const std::string& line : run.lines)
+        {
+            std::smatch m;
+            if (!std::regex_match(line, m, summary))
+                continue;
+            ++tracks;
+            const StreamPackets& packets = expected.at(m[1]);
+            EXPECT_EQ(std::stoll(m[2]), packets.count) << line;
+            EXPECT_EQ(std::stoll(m[3]), packets.first) << line;
+            EXPECT_EQ(std::stoll(m[4]), packets.last) << line;
+            // ffmpeg unpacks D-10's AES3 sound, so only its packets' places compare.
+            if (!(std::string(name) == "imx50_625" && line[0] == 'a'))
+            {
+                EXPECT_EQ(std::stoll(m[5]), packets.bytes) << line;
+            }
+        }
+        EXPECT_EQ(tracks, expected.size());
+    }
+}
+
+TEST(MxfInspectEssenceTest, GarbageBeforeTheBodyNeedsAllowedSkipping)
+{
+    // Without leave to skip, the partition walk stops at the garbage with the reader's text.
+    TempDir dir;
+    const std::string file = testData("damaged_garbage.mxf");
+    const Outcome refused =
+        inspect({"essence", file, "--track", "all", "--out", dir.path().string()});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_NE(refused.err.find("Exceeded maximum bytes to skip before finding a key. Started to "
+                               "search at 0x2e00"),
+              std::string::npos)
+        << refused.err;
+    // With the garbage's length allowed, every track is the clean clip's, which the garbage was
+    // cut into: ffmpeg's digests of that clip.
+    const std::string allowed = std::to_string(damage("damaged_garbage", "garbage_len"));
+    for (const bool walk : {false, true})
+    {
+        SCOPED_TRACE(walk ? "--no-index" : "index");
+        std::vector<std::string> args = {
+            "essence", file, "--track", "all", "--out", dir.path().string(), "--max-skip", allowed};
+        if (walk)
+            args.push_back("--no-index");
+        const Outcome run = inspect(args);
+        EXPECT_EQ(run.status, 0) << run.err;
+        for (const auto& [tag, md5] : expectedDigests("xdcamhd422_1080i25"))
+            EXPECT_EQ(md5Of(dir.path() / (tag + (tag[0] == 'v' ? ".es" : ".pcm"))), md5) << tag;
+    }
+    EXPECT_EQ(inspect({"essence", file, "--track", "all", "--out", dir.path().string(),
+                       "--max-skip", "ten"})
+                  .status,
+              2);
+}

@@ -52,16 +52,18 @@ inline constexpr const char* METADATA_USAGE =
 // header metadata, or whose metadata can't be read, is an error of the file.
 int metadataCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
-// Each index table segment with its delta and index entries, then a line per index table.
+// Each index table segment with its delta and index entries, then a line per index table, then a
+// line per track of the material package: its element and what the index finds of it.
 int indexCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 inline constexpr const char* ESSENCE_USAGE =
-    "essence FILE --track v0|a0|...|all --out PATH|DIR [--no-index]";
+    "essence FILE --track v0|a0|...|all --out PATH|DIR [--no-index] [--max-skip BYTES]";
 
 // The data of one track of the material package (v0 the first picture track, a0, a1... the sound
 // tracks, in the package's order), or of all into DIR, one file a track: MPEG-2 as an elementary
 // stream, PCM as stored, D-10's AES3 sound as interleaved little-endian PCM. --no-index finds the
-// edit units by walking the items.
+// edit units by walking the items. --max-skip lets up to BYTES of garbage stand before a partition
+// pack (none by default).
 int essenceCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 inline constexpr const char* TRACKS_USAGE =

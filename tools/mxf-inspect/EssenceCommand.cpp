@@ -1,12 +1,6 @@
+#include "ClipEssence.h"
 #include "Commands.h"
-#include "MXF/SDK/Exceptions/Exceptions.h"
-#include "MXF/SDK/MXFIO/ContentStorageReader.h"
-#include "MXF/SDK/MXFIO/EssenceReader.h"
-#include "MXF/SDK/MXFIO/Reader.h"
-#include "MXF/SDK/MetaMetadata/BinaryLoader.h"
-#include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/Metadata/Structural/Structural.h"
-#include "MXF/SDK/Platform/Platform.h"
 
 #include <fstream>
 #include <ostream>
@@ -23,6 +17,7 @@ struct Options
 {
     std::string file, track, out;
     bool noIndex = false;
+    Platform::UInt64 maxSkip = 0;
 };
 
 bool parse(const std::vector<std::string>& args, Options& options)
@@ -35,6 +30,13 @@ bool parse(const std::vector<std::string>& args, Options& options)
         {
             std::string& value = args[i] == "--track" ? options.track : options.out;
             value = args[++i];
+        }
+        else if (args[i] == "--max-skip" && i + 1 < args.size())
+        {
+            const std::string& value = args[++i];
+            if (value.empty() || value.find_first_not_of("0123456789") != std::string::npos)
+                return false;
+            options.maxSkip = std::stoull(value);
         }
         else if (options.file.empty() && args[i].rfind("--", 0) != 0)
             options.file = args[i];
@@ -97,38 +99,30 @@ int essenceCommand(const std::vector<std::string>& args, std::ostream& out, std:
     auto file = openFile(options.file, err);
     if (!file)
         return FAILED;
-    auto dictionary = std::make_shared<MetaMetadata::Dictionary>();
-    MetaMetadata::BinaryLoader::load(Platform::fromUtf8(HALVORN_DICTIONARY_FILE), *dictionary);
-    Metadata::Structural::registerStructuralSets();
-    MXFIO::Reader2 reader(std::shared_ptr<DataIO::RandomAccessDataSource>(std::move(file)),
-                          dictionary, 65536);
-    const auto metadata = reader.latestHeaderMetadataPartition().metadata();
-    MXFIO::ContentStorageReader storage(*metadata, reader);
-    storage.seeker().ignoreIndex(options.noIndex);
-    Metadata::Structural::GenericPackage* material = nullptr;
-    auto& content = Metadata::Structural::PrefaceHelpers::contentStorage(storage.preface());
-    for (Platform::UInt32 i = 0; i < content.packagesCount() && material == nullptr; ++i)
-        if (auto* package = content.package(i))
-            if (Metadata::metadataSetAs<Metadata::Structural::MaterialPackage>(*package))
-                material = package;
-    if (material == nullptr)
+    ClipEssence clip(std::move(file), options.maxSkip);
+    if (clip.essence == nullptr)
     {
         err << "mxf-inspect: " << options.file << ": no material package\n";
         return FAILED;
     }
-    MXFIO::EssenceReader essence(storage, *material);
+    MXFIO::ContentStorageReader& storage = *clip.storage;
+    MXFIO::EssenceReader& essence = *clip.essence;
+    storage.seeker().ignoreIndex(options.noIndex);
 
-    int pictures = 0, sounds = 0, written = 0;
+    TrackTags tags;
+    int written = 0;
     for (std::size_t t = 0; t < essence.trackCount(); ++t)
     {
         MXFIO::EssenceReader::Track& track = essence.track(t);
         const bool picture = track.kind == MXFIO::TrackKind::PICTURE;
-        const std::string tag =
-            picture ? "v" + std::to_string(pictures++) : "a" + std::to_string(sounds++);
+        const std::string tag = tags.next(track.kind);
         if (options.track != "all" && options.track != tag)
             continue;
         const std::string path = options.track == "all"
-                                     ? options.out + "/" + tag + (picture ? ".es" : ".pcm")
+                                     ? options.out + "/" + tag +
+                                           (picture                                 ? ".es"
+                                            : track.kind == MXFIO::TrackKind::SOUND ? ".pcm"
+                                                                                    : ".bin")
                                      : options.out;
         std::ofstream sink(path, std::ios::binary);
         if (!sink)

@@ -1,3 +1,4 @@
+#include "ClipEssence.h"
 #include "Commands.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/IndexTables/IndexTableSegment.h"
@@ -5,6 +6,7 @@
 #include "MXF/SDK/MXFIO/Reader.h"
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 
+#include <iomanip>
 #include <map>
 #include <ostream>
 
@@ -50,6 +52,57 @@ void printSegment(const IndexTables::IndexTableSegment& segment, std::ostream& o
     }
 }
 
+// What the index tells of each track of the material package: its element's place in the
+// content package and the edit units the index finds for it: where the first and the last begin
+// (the key of a frame-wrapped element) and the bytes of their data.
+void printTrackSummaries(const std::string& path, std::ostream& out, std::ostream& err)
+{
+    auto file = openFile(path, err);
+    if (!file)
+        return;
+    try
+    {
+        ClipEssence clip(std::move(file), 0);
+        if (clip.essence == nullptr)
+        {
+            out << "no track summary: no material package\n";
+            return;
+        }
+        MXFIO::Seeker& seeker = clip.storage->seeker();
+        TrackTags tags;
+        for (std::size_t t = 0; t < clip.essence->trackCount(); ++t)
+        {
+            const MXFIO::EssenceReader::Track& track = clip.essence->track(t);
+            const std::string tag = tags.next(track.kind);
+            const auto element = seeker.elements().find(track.trackNumber);
+            out << tag << " track " << track.trackID << ": number 0x" << std::hex << std::setw(8)
+                << std::setfill('0') << track.trackNumber << std::dec << std::setfill(' ');
+            if (element == seeker.elements().end())
+            {
+                out << ", not in the essence container\n";
+                continue;
+            }
+            long long units = 0;
+            Platform::UInt64 first = 0, last = 0, bytes = 0, position = 0, size = 0;
+            while (seeker.position(track.trackNumber, units, position, size))
+            {
+                first = units == 0 ? position : first;
+                last = position;
+                bytes += size;
+                ++units;
+            }
+            out << ", element " << element->second << ", " << units << " edit units indexed";
+            if (units > 0)
+                out << ", first at " << first << ", last at " << last << ", " << bytes << " bytes";
+            out << "\n";
+        }
+    }
+    catch (const Exceptions::BaseException& e)
+    {
+        out << "no track summary: " << e.what() << "\n";
+    }
+}
+
 } // namespace
 
 int indexCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
@@ -90,6 +143,7 @@ int indexCommand(const std::vector<std::string>& args, std::ostream& out, std::o
             << " segments, edit units " << table.first << " to " << table.end << ", "
             << table.entries << " entries\n";
     out << tables.size() << " index tables\n";
+    printTrackSummaries(args[0], out, err);
     out.flush();
     return walkStatus(args[0], damage, false, err);
 }
