@@ -1,5 +1,7 @@
 #include "Framework/MemoryManager.h"
 
+#include "Framework/Sanitizer.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -9,14 +11,6 @@
 #include <map>
 #include <mutex>
 #include <string>
-
-// Its poisoning macros do nothing outside an AddressSanitizer build.
-#if __has_include(<sanitizer/asan_interface.h>)
-#include <sanitizer/asan_interface.h>
-#else
-#define ASAN_POISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
-#define ASAN_UNPOISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
-#endif
 
 namespace KEP::Framework::Management
 {

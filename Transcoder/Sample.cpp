@@ -1,5 +1,6 @@
 #include "Transcoder/Sample.h"
 
+#include "Framework/Sanitizer.h"
 #include "MXF/SDK/DataIO/Block.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/Synchronization/SpinLock.h"
@@ -12,14 +13,6 @@
 #include <cstring>
 #include <new>
 #include <utility>
-
-// Its poisoning macros do nothing outside an AddressSanitizer build.
-#if __has_include(<sanitizer/asan_interface.h>)
-#include <sanitizer/asan_interface.h>
-#else
-#define ASAN_POISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
-#define ASAN_UNPOISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
-#endif
 
 namespace KEP::Halvorn
 {
