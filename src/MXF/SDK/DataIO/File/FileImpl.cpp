@@ -128,6 +128,8 @@ UInt64 FileImpl::readBuffered(Platform::Byte* out, UInt64 size)
         // Just after a direct read, past the next item's key and length at most.
         if (at >= directEnd_ && at - directEnd_ < bufferCapacity_ / 2)
             readAhead_ = true;
+        // Emptied first: a read that throws leaves nothing stale behind.
+        bufferLength_ = 0;
         bufferStart_ = at;
         bufferLength_ = readAt(buffer_.get(), bufferCapacity_, at);
         readAheadUnused_ = false;
@@ -145,6 +147,7 @@ UInt64 FileImpl::readDirectAndAhead(Platform::Byte* out, UInt64 size, UInt64 pos
 {
     UInt64 done = 0;
     UInt64 ahead = 0;
+    bufferLength_ = 0;
     while (done < size)
     {
         iovec parts[2] = {{out + done, std::size_t(size - done)},
