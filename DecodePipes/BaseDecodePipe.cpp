@@ -126,13 +126,8 @@ bool BaseDecodePipe::load(EssenceTrackInfoList& tracks,
         errorCode_ = LOAD_FAILED;
         return false;
     }
-    if (!analyzeCurrentFile())
+    if (!analyzeForTracks())
         return false;
-    if (tracks_.empty())
-    {
-        errorCode_ = NO_TRACKS;
-        return false;
-    }
     loaded_ = true;
     tracks = tracks_;
     return true;
@@ -195,8 +190,11 @@ bool BaseDecodePipe::advanceFile()
     // refer to them on their way.
     const EssenceTrackInfoList previous = tracks_;
     cleanUp();
-    if (!inputFiles_.advance())
-        return false;
+    return inputFiles_.advance() && analyzeForTracks();
+}
+
+bool BaseDecodePipe::analyzeForTracks()
+{
     if (!analyzeCurrentFile())
         return false;
     if (tracks_.empty())

@@ -85,6 +85,8 @@ private:
     // Step 2 of advanceFile and of reset.
     void cleanUp();
     void releaseSamples();
+    // analyzeCurrentFile, then NO_TRACKS when it announced no track.
+    bool analyzeForTracks();
 
     bool inputSet_ = false;
     bool loaded_ = false;

@@ -61,19 +61,6 @@ std::optional<UInt64> offset(const std::string& text)
     return value;
 }
 
-std::string kindName(const PartitionPack& pack)
-{
-    switch (pack.partitionKind())
-    {
-    case PartitionPack::HEADER_PARTITION:
-        return "header";
-    case PartitionPack::BODY_PARTITION:
-        return "body";
-    default:
-        return "footer";
-    }
-}
-
 // The pack that `which` names: the first header, the last footer, or the one at an offset.
 const FoundPartition* choose(const std::vector<FoundPartition>& packs, const std::string& which,
                              std::optional<UInt64> at)
@@ -132,7 +119,7 @@ int metadataCommand(const std::vector<std::string>& args, std::ostream& out, std
         return walkStatus(path, "no " + parsed->partition + " partition", false, err);
     }
     const std::string partition =
-        kindName(found->pack) + " partition at " + std::to_string(found->offset);
+        std::string(kindName(found->pack)) + " partition at " + std::to_string(found->offset);
     const UInt64 headerByteCount = found->pack.headerByteCount().value();
     if (headerByteCount == 0)
         return walkStatus(path, "the " + partition + " has no header metadata (HeaderByteCount 0)",

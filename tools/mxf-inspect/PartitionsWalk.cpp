@@ -37,19 +37,6 @@ std::string label(const Platform::Byte* bytes)
     return Platform::toUtf8(KLV::IdentifierText::writeDottedHex(bytes, 16));
 }
 
-const char* kindName(const PartitionPack& pack)
-{
-    switch (pack.partitionKind())
-    {
-    case PartitionPack::HEADER_PARTITION:
-        return "header";
-    case PartitionPack::BODY_PARTITION:
-        return "body";
-    default:
-        return "footer";
-    }
-}
-
 std::string statusName(const PartitionPack& pack)
 {
     if (pack.key()[14] == PartitionPack::GENERIC_STREAM)
@@ -260,6 +247,19 @@ PartitionsWalkResult walkPartitions(DataIO::RandomAccessDataSource& source, std:
 PartitionsWalkResult findPartitions(DataIO::RandomAccessDataSource& source)
 {
     return Walk(source, nullptr).run();
+}
+
+const char* kindName(const PartitionPack& pack)
+{
+    switch (pack.partitionKind())
+    {
+    case PartitionPack::HEADER_PARTITION:
+        return "header";
+    case PartitionPack::BODY_PARTITION:
+        return "body";
+    default:
+        return "footer";
+    }
 }
 
 } // namespace Halvorn::Inspect

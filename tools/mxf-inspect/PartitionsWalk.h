@@ -48,4 +48,7 @@ PartitionsWalkResult walkPartitions(MXF::SDK::DataIO::RandomAccessDataSource& so
 // The same walk, with the same result, but no report.
 PartitionsWalkResult findPartitions(MXF::SDK::DataIO::RandomAccessDataSource& source);
 
+// "header", "body" or "footer".
+const char* kindName(const MXF::SDK::Packs::PartitionPack& pack);
+
 } // namespace Halvorn::Inspect

@@ -3,17 +3,17 @@
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/Templates/SafeCast.h"
-#include "WireOrder.h"
+#include "MXF/SDK/Types/BigEndian.h"
 
 namespace MXF::SDK::IndexTables
 {
 
-using Internal::load;
-using Internal::store;
 using Platform::Byte;
 using Platform::UInt32;
 using Platform::UInt64;
 using Platform::UInt8;
+using Types::Internal::readBigEndian;
+using Types::Internal::writeBigEndian;
 
 IndexTableArray::IndexTableArray(UInt32 entrySize) : entrySize_(entrySize) {}
 
@@ -24,8 +24,8 @@ IndexTableArray::IndexTableArray(const Byte* value, UInt64 size, UInt32 entrySiz
         MXF_SDK_THROW(Exceptions::InvalidLength, "Invalid data size in the Index Table "
                                                  "collection. Not enough data to read element "
                                                  "entry size");
-    const UInt64 count = load<UInt32>(value);
-    if (load<UInt32>(value + 4) != entrySize)
+    const UInt64 count = readBigEndian<UInt32>(value);
+    if (readBigEndian<UInt32>(value + 4) != entrySize)
         MXF_SDK_THROW(Exceptions::InvalidLength,
                       "Invalid data size in Value to create an element in the Index Table "
                       "collections.");
@@ -40,8 +40,8 @@ IndexTableArray::IndexTableArray(const Byte* value, UInt64 size, UInt32 entrySiz
 void IndexTableArray::write(DataIO::DataSink& sink) const
 {
     Byte head[8];
-    store(count(), head);
-    store(entrySize_, head + 4);
+    writeBigEndian(count(), head);
+    writeBigEndian(entrySize_, head + 4);
     sink.write(head, sizeof head);
     sink.write(bytes_.data(), bytes_.size());
 }

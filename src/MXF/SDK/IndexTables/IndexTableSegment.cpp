@@ -6,8 +6,8 @@
 #include "MXF/SDK/KLV/KLVItem.h"
 #include "MXF/SDK/KLV/KeyPredicates.h"
 #include "MXF/SDK/Templates/SafeCast.h"
+#include "MXF/SDK/Types/BigEndian.h"
 #include "MXF/SDK/Types/Factories/UIDFactory.h"
-#include "WireOrder.h"
 
 #include <algorithm>
 #include <optional>
@@ -17,8 +17,6 @@
 namespace MXF::SDK::IndexTables
 {
 
-using Internal::load;
-using Internal::store;
 using Platform::Byte;
 using Platform::Int32;
 using Platform::Int64;
@@ -26,6 +24,8 @@ using Platform::UInt16;
 using Platform::UInt32;
 using Platform::UInt64;
 using Platform::UInt8;
+using Types::Internal::readBigEndian;
+using Types::Internal::writeBigEndian;
 
 namespace
 {
@@ -97,8 +97,8 @@ void checkFieldSize(const std::vector<Byte>& bytes, std::size_t size)
 void writeItemHead(DataIO::DataSink& sink, UInt16 tag, UInt16 length)
 {
     Byte head[4];
-    store(tag, head);
-    store(length, head + 2);
+    writeBigEndian(tag, head);
+    writeBigEndian(length, head + 2);
     sink.write(head, sizeof head);
 }
 
@@ -169,32 +169,33 @@ struct IndexTableSegment::Impl
             break;
         case INDEX_EDIT_RATE:
             checkFieldSize(bytes, 8);
-            indexEditRate = Types::Rational(load<Int32>(&bytes[0]), load<Int32>(&bytes[4]));
+            indexEditRate =
+                Types::Rational(readBigEndian<Int32>(&bytes[0]), readBigEndian<Int32>(&bytes[4]));
             hasIndexEditRate = true;
             break;
         case INDEX_START_POSITION:
             checkFieldSize(bytes, 8);
-            indexStartPosition.setValue(load<Int64>(&bytes[0]));
+            indexStartPosition.setValue(readBigEndian<Int64>(&bytes[0]));
             hasIndexStartPosition = true;
             break;
         case INDEX_DURATION:
             checkFieldSize(bytes, 8);
-            indexDuration.setValue(load<Int64>(&bytes[0]));
+            indexDuration.setValue(readBigEndian<Int64>(&bytes[0]));
             hasIndexDuration = true;
             break;
         case EDIT_UNIT_BYTE_COUNT:
             checkFieldSize(bytes, 4);
-            editUnitByteCount.setValue(load<UInt32>(&bytes[0]));
+            editUnitByteCount.setValue(readBigEndian<UInt32>(&bytes[0]));
             hasEditUnitByteCount = true;
             break;
         case INDEX_SID:
             checkFieldSize(bytes, 4);
-            indexSID.setValue(load<UInt32>(&bytes[0]));
+            indexSID.setValue(readBigEndian<UInt32>(&bytes[0]));
             hasIndexSID = true;
             break;
         case BODY_SID:
             checkFieldSize(bytes, 4);
-            bodySID.setValue(load<UInt32>(&bytes[0]));
+            bodySID.setValue(readBigEndian<UInt32>(&bytes[0]));
             hasBodySID = true;
             break;
         case SLICE_COUNT:
@@ -227,8 +228,8 @@ struct IndexTableSegment::Impl
             readUpTo(value, bytes, 4);
             if (bytes.size() != 4)
                 MXF_SDK_THROW(Exceptions::InvalidIndexSegment, CODING_TEXT);
-            const UInt16 tag = load<UInt16>(&bytes[0]);
-            UInt64 length = load<UInt16>(&bytes[2]);
+            const UInt16 tag = readBigEndian<UInt16>(&bytes[0]);
+            UInt64 length = readBigEndian<UInt16>(&bytes[2]);
             bytes.clear();
             readUpTo(value, bytes, length);
             // A long index entry array has 0xFFFF for a length it can't express; its own count
@@ -236,7 +237,8 @@ struct IndexTableSegment::Impl
             if (tag == INDEX_ENTRY_ARRAY && length == MAX_LOCAL_LENGTH &&
                 bytes.size() == MAX_LOCAL_LENGTH)
             {
-                const UInt64 whole = 8 + UInt64(load<UInt32>(&bytes[0])) * load<UInt32>(&bytes[4]);
+                const UInt64 whole =
+                    8 + UInt64(readBigEndian<UInt32>(&bytes[0])) * readBigEndian<UInt32>(&bytes[4]);
                 if (whole > MAX_LOCAL_LENGTH)
                 {
                     length = whole;

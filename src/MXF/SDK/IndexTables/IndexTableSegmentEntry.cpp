@@ -2,21 +2,21 @@
 
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
-#include "WireOrder.h"
+#include "MXF/SDK/Types/BigEndian.h"
 
 #include <algorithm>
 
 namespace MXF::SDK::IndexTables
 {
 
-using Internal::load;
-using Internal::store;
 using Platform::Byte;
 using Platform::Int32;
 using Platform::Int8;
 using Platform::UInt32;
 using Platform::UInt64;
 using Platform::UInt8;
+using Types::Internal::readBigEndian;
+using Types::Internal::writeBigEndian;
 
 DeltaEntry::DeltaEntry(Int8 posTableIndex, UInt8 slice, UInt32 elementDelta)
 {
@@ -37,12 +37,12 @@ void DeltaEntry::write(DataIO::DataSink& sink) const
 
 Int8 DeltaEntry::posTableIndex() const
 {
-    return load<Int8>(&bytes_[0]);
+    return readBigEndian<Int8>(&bytes_[0]);
 }
 
 void DeltaEntry::setPosTableIndex(Int8 value)
 {
-    store(value, &bytes_[0]);
+    writeBigEndian(value, &bytes_[0]);
 }
 
 UInt8 DeltaEntry::slice() const
@@ -57,12 +57,12 @@ void DeltaEntry::setSlice(UInt8 value)
 
 UInt32 DeltaEntry::elementDelta() const
 {
-    return load<UInt32>(&bytes_[2]);
+    return readBigEndian<UInt32>(&bytes_[2]);
 }
 
 void DeltaEntry::setElementDelta(UInt32 value)
 {
-    store(value, &bytes_[2]);
+    writeBigEndian(value, &bytes_[2]);
 }
 
 IndexEntry::IndexEntry(UInt8 sliceCount, UInt8 posTableCount)
@@ -84,22 +84,22 @@ void IndexEntry::write(DataIO::DataSink& sink) const
 
 Int8 IndexEntry::temporalOffset() const
 {
-    return load<Int8>(&bytes_[0]);
+    return readBigEndian<Int8>(&bytes_[0]);
 }
 
 void IndexEntry::setTemporalOffset(Int8 value)
 {
-    store(value, &bytes_[0]);
+    writeBigEndian(value, &bytes_[0]);
 }
 
 Int8 IndexEntry::keyFrameOffset() const
 {
-    return load<Int8>(&bytes_[1]);
+    return readBigEndian<Int8>(&bytes_[1]);
 }
 
 void IndexEntry::setKeyFrameOffset(Int8 value)
 {
-    store(value, &bytes_[1]);
+    writeBigEndian(value, &bytes_[1]);
 }
 
 UInt8 IndexEntry::flags() const
@@ -114,12 +114,12 @@ void IndexEntry::setFlags(UInt8 value)
 
 UInt64 IndexEntry::streamOffset() const
 {
-    return load<UInt64>(&bytes_[3]);
+    return readBigEndian<UInt64>(&bytes_[3]);
 }
 
 void IndexEntry::setStreamOffset(UInt64 value)
 {
-    store(value, &bytes_[3]);
+    writeBigEndian(value, &bytes_[3]);
 }
 
 void IndexEntry::setFlag(Byte bit, bool on)
@@ -145,18 +145,18 @@ std::size_t IndexEntry::posTableAt(UInt32 index) const
 
 UInt32 IndexEntry::sliceOffset(UInt32 index) const
 {
-    return load<UInt32>(&bytes_[sliceOffsetAt(index)]);
+    return readBigEndian<UInt32>(&bytes_[sliceOffsetAt(index)]);
 }
 
 void IndexEntry::setSliceOffset(UInt32 index, UInt32 value)
 {
-    store(value, &bytes_[sliceOffsetAt(index)]);
+    writeBigEndian(value, &bytes_[sliceOffsetAt(index)]);
 }
 
 Types::Rational IndexEntry::posTable(UInt32 index) const
 {
     const Byte* at = &bytes_[posTableAt(index)];
-    return Types::Rational(load<Int32>(at), load<Int32>(at + 4));
+    return Types::Rational(readBigEndian<Int32>(at), readBigEndian<Int32>(at + 4));
 }
 
 void IndexEntry::setPosTable(UInt32 index, const Types::Rational& value)

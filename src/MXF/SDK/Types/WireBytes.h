@@ -2,6 +2,7 @@
 
 #include "Allocation.h"
 #include "MXF/SDK/Platform/Types.h"
+#include "MXF/SDK/Types/BigEndian.h"
 
 #include <array>
 #include <cstddef>
@@ -18,28 +19,6 @@ namespace MXF::SDK::Types::Internal
 {
 
 using Platform::Byte;
-
-template <typename T>
-T readBigEndian(const Byte* bytes) noexcept
-{
-    using U = std::make_unsigned_t<T>;
-    U value = 0;
-    for (std::size_t i = 0; i < sizeof(T); ++i)
-        value = static_cast<U>((value << 8) | bytes[i]);
-    return static_cast<T>(value);
-}
-
-template <typename T>
-void writeBigEndian(T value, Byte* bytes) noexcept
-{
-    using U = std::make_unsigned_t<T>;
-    U bits = static_cast<U>(value);
-    for (std::size_t i = sizeof(T); i-- > 0;)
-    {
-        bytes[i] = static_cast<Byte>(bits & 0xFF);
-        bits = static_cast<U>(bits >> 8);
-    }
-}
 
 // Calls `read` until `size` bytes have arrived. A read that gives nothing before that throws
 // InvalidLength "Invalid data size in Value: N of M bytes".

@@ -152,16 +152,12 @@ UInt64 FileImpl::readDirectAndAhead(Platform::Byte* out, UInt64 size, UInt64 pos
     {
         iovec parts[2] = {{out + done, std::size_t(size - done)},
                           {buffer_.get(), std::size_t(bufferCapacity_)}};
-        const ssize_t got = ::preadv(::fileno(file_), parts, 2, off_t(position + done));
-        if (got < 0 && errno == EINTR)
-            continue;
-        MXF_SDK_CHECK(got >= 0, L"Error reading from file. " + Platform::lastErrorText(),
-                      Exceptions::IOError);
+        const UInt64 got = readParts(parts, 2, position + done);
         if (got == 0)
             break;
         const UInt64 wanted = size - done;
-        done += std::min(UInt64(got), wanted);
-        ahead = UInt64(got) > wanted ? UInt64(got) - wanted : 0;
+        done += std::min(got, wanted);
+        ahead = got > wanted ? got - wanted : 0;
     }
     // A short read-ahead is kept as it is: the next read past it fills the buffer again.
     bufferStart_ = position + size;
@@ -175,17 +171,26 @@ UInt64 FileImpl::readAt(void* out, UInt64 size, UInt64 position)
     UInt64 done = 0;
     while (done < size)
     {
-        const ssize_t got = ::pread(::fileno(file_), static_cast<char*>(out) + done,
-                                    std::size_t(size - done), off_t(position + done));
+        iovec part{static_cast<char*>(out) + done, std::size_t(size - done)};
+        const UInt64 got = readParts(&part, 1, position + done);
+        if (got == 0)
+            break;
+        done += got;
+    }
+    return done;
+}
+
+UInt64 FileImpl::readParts(const iovec* parts, int count, UInt64 position)
+{
+    for (;;)
+    {
+        const ssize_t got = ::preadv(::fileno(file_), parts, count, off_t(position));
         if (got < 0 && errno == EINTR)
             continue;
         MXF_SDK_CHECK(got >= 0, L"Error reading from file. " + Platform::lastErrorText(),
                       Exceptions::IOError);
-        if (got == 0)
-            break;
-        done += UInt64(got);
+        return UInt64(got);
     }
-    return done;
 }
 
 UInt64 FileImpl::seek(UInt64 position)

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <sys/uio.h>
 
 namespace MXF::SDK::DataIO::File
 {
@@ -38,6 +39,9 @@ private:
     // reads alternate with small ones (a picture element, then the frame's sound), one call a
     // frame instead of two.
     UInt64 readDirectAndAhead(Platform::Byte* out, UInt64 size, UInt64 position);
+    // One preadv, tried again when a signal interrupts it; 0 at the end of the file. IOError on
+    // failure.
+    UInt64 readParts(const iovec* parts, int count, UInt64 position);
 
     bool readOnly_;
     std::unique_ptr<Platform::Byte[]> buffer_;

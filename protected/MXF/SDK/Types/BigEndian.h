@@ -5,12 +5,12 @@
 #include <cstddef>
 #include <type_traits>
 
-// Big-endian integers in place, for the flat entries of the index tables.
-namespace MXF::SDK::IndexTables::Internal
+// Big-endian integers in place, as every number of MXF stands in the file.
+namespace MXF::SDK::Types::Internal
 {
 
 template <typename T>
-T load(const Platform::Byte* bytes) noexcept
+T readBigEndian(const Platform::Byte* bytes) noexcept
 {
     using U = std::make_unsigned_t<T>;
     U value = 0;
@@ -20,7 +20,7 @@ T load(const Platform::Byte* bytes) noexcept
 }
 
 template <typename T>
-void store(T value, Platform::Byte* bytes) noexcept
+void writeBigEndian(T value, Platform::Byte* bytes) noexcept
 {
     using U = std::make_unsigned_t<T>;
     U bits = static_cast<U>(value);
@@ -31,4 +31,4 @@ void store(T value, Platform::Byte* bytes) noexcept
     }
 }
 
-} // namespace MXF::SDK::IndexTables::Internal
+} // namespace MXF::SDK::Types::Internal
