@@ -1,5 +1,6 @@
 // Any bytes through the dictionary loader. A fault must come out as one of the toolkit's
 // exceptions; whatever was loaded before it must stay whole and readable.
+#include "FuzzSupport.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/MetaMetadata/BinaryLoader.h"
@@ -12,14 +13,10 @@
 using namespace MXF::SDK;
 using MetaMetadata::Dictionary;
 
+using Halvorn::Fuzz::require;
+
 namespace
 {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 // The Preface and a few tags of the seeds, read through the pointers that the dictionary holds.
 void readBack(const Dictionary& dictionary)

@@ -1,6 +1,7 @@
 // Index table segments from any bytes. A segment that reads must write, unless its value outgrows
 // the 4-byte length; what it writes must read back and write the same bytes again, and `size` must
 // say how many. The entries are walked, and the GOP records made, to reach every accessor.
+#include "FuzzSupport.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSink.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
@@ -17,14 +18,10 @@ using IndexTables::IndexTableSegmentWithGOPInfo;
 using Platform::UInt32;
 using Platform::UInt64;
 
+using Halvorn::Fuzz::require;
+
 namespace
 {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 std::optional<IndexTableSegmentWithGOPInfo> read(const std::uint8_t* data, std::size_t size)
 {

@@ -1,5 +1,6 @@
 // Any bytes through the KLV walk of mxf-inspect, then through KLVReader directly with the
 // look-ahead, limited searches and value reads, checking what must hold for every input.
+#include "FuzzSupport.h"
 #include "KlvWalk.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
@@ -13,14 +14,10 @@
 using namespace MXF::SDK;
 using Platform::UInt64;
 
+using Halvorn::Fuzz::require;
+
 namespace
 {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 // The first input byte picks how far searches may go: without limit, or a few bytes.
 void readDirectly(const std::uint8_t* data, std::size_t size)

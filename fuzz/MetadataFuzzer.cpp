@@ -1,11 +1,11 @@
 // The header metadata of a partition from any bytes: a partition pack, then what its
 // HeaderByteCount covers, read by PartitionMetadata against the dictionary of data/. A header that
 // reads must write; what it writes must read back and write again to the very same bytes.
+#include "FuzzSupport.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSink.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KLVReader.h"
-#include "MXF/SDK/MetaMetadata/BinaryLoader.h"
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/Metadata/PartitionMetadata.h"
 #include "MXF/SDK/Packs/PartitionPack.h"
@@ -21,25 +21,10 @@
 using namespace MXF::SDK;
 using Platform::UInt64;
 
+using Halvorn::Fuzz::require;
+
 namespace
 {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
-
-const MetaMetadata::Dictionary& dictionary()
-{
-    static const std::unique_ptr<MetaMetadata::Dictionary> loaded = []
-    {
-        auto made = std::make_unique<MetaMetadata::Dictionary>();
-        MetaMetadata::BinaryLoader::load(Platform::fromUtf8(HALVORN_DICTIONARY_FILE), *made);
-        return made;
-    }();
-    return *loaded;
-}
 
 std::optional<std::vector<Platform::Byte>> written(Metadata::PartitionMetadata& metadata)
 {
@@ -61,7 +46,7 @@ std::optional<std::vector<Platform::Byte>> written(Metadata::PartitionMetadata& 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     DataIO::Memory::MemoryDataSource source(data, size);
-    Metadata::PartitionMetadata metadata(dictionary());
+    Metadata::PartitionMetadata metadata(*Halvorn::Fuzz::dictionary());
     try
     {
         UInt64 headerByteCount = 0;
@@ -95,7 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto first = written(metadata);
     if (!first)
         return 0;
-    Metadata::PartitionMetadata again(dictionary());
+    Metadata::PartitionMetadata again(*Halvorn::Fuzz::dictionary());
     DataIO::Memory::MemoryDataSource back(first->data(), first->size());
     again.read(back, first->size());
     require(again.setCount() == metadata.setCount());

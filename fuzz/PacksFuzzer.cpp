@@ -1,6 +1,7 @@
 // The packs of the file frame from any bytes. The first byte picks what the rest is given to: a
 // partition pack, a primer, a random index pack, or the partitions walk of mxf-inspect over the
 // whole rest. A pack that reads must write, and what it writes must read back to the same bytes.
+#include "FuzzSupport.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSink.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
@@ -19,14 +20,10 @@
 using namespace MXF::SDK;
 using Platform::UInt64;
 
+using Halvorn::Fuzz::require;
+
 namespace
 {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 template <typename Pack>
 std::optional<Pack> read(const std::uint8_t* data, std::size_t size)

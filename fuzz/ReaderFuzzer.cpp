@@ -1,10 +1,10 @@
 // Any bytes as a file for Reader2: the header, the footer (with recovery), the partitions walked
 // both ways, the metadata it would choose, and the first items of the first bodies. Damage may
 // throw the toolkit's exceptions; nothing may crash, hang or read outside the input.
+#include "FuzzSupport.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/MXFIO/Reader.h"
-#include "MXF/SDK/MetaMetadata/BinaryLoader.h"
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/Platform/Platform.h"
 
@@ -17,25 +17,12 @@ using namespace MXF::SDK;
 using MXFIO::Partition;
 using Platform::UInt64;
 
+using Halvorn::Fuzz::dictionary;
+using Halvorn::Fuzz::guarded;
+using Halvorn::Fuzz::require;
+
 namespace
 {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
-
-std::shared_ptr<const MetaMetadata::Dictionary> dictionary()
-{
-    static const std::shared_ptr<const MetaMetadata::Dictionary> loaded = []
-    {
-        auto made = std::make_shared<MetaMetadata::Dictionary>();
-        MetaMetadata::BinaryLoader::load(Platform::fromUtf8(HALVORN_DICTIONARY_FILE), *made);
-        return made;
-    }();
-    return loaded;
-}
 
 constexpr int MAX_STEPS = 64;
 
@@ -43,18 +30,6 @@ void checkInside(const Partition* partition, std::size_t size)
 {
     if (partition != nullptr)
         require(partition->position() < size);
-}
-
-template <typename Step>
-void guarded(Step&& step)
-{
-    try
-    {
-        step();
-    }
-    catch (const Exceptions::BaseException&)
-    {
-    }
 }
 
 } // namespace

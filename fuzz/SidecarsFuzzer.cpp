@@ -2,6 +2,7 @@
 // the three readers of sidecars: the MediaProfile, the marks of a NonRealTimeMeta document and the
 // language file of error texts. Xerces and Xalan come from the system, uninstrumented.
 #include "DecodePipes/ClipMetadata.h"
+#include "FuzzSupport.h"
 #include "Helpers/XMLHandler/Exceptions.h"
 #include "Helpers/XMLHandler/XMLHandler.h"
 #include "MXF/SDK/Platform/Platform.h"
@@ -19,14 +20,10 @@ using KEP::Halvorn::DecodePipes::ClipMetadata;
 using KEP::Quenfold::Helpers::XMLHandler;
 using KEP::Quenfold::Helpers::Exceptions::QuenfoldHelpersException;
 
+using Halvorn::Fuzz::require;
+
 namespace
 {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 // The readers take paths, so each input goes to one file of this process. Never destroyed, so that
 // the exit handler can still remove it.
