@@ -1,10 +1,11 @@
 #include "MXF/SDK/ByteCoders/BERCoder.h"
 
-#include "KLVTestSupport.h"
+#include "TestSupport.h"
 
 #include <gtest/gtest.h>
 
 using namespace Halvorn::Test;
+using namespace Halvorn::Test::Support;
 using MXF::SDK::ByteCoders::BERCoder;
 namespace Exceptions = MXF::SDK::Exceptions;
 

@@ -2,19 +2,18 @@
 // trace and ffprobe's packet list (tests/data/expected), from damage-offsets.txt, and from what
 // SMPTE 377M fixes in the files themselves (partition packs, the RIP, KAG fill); none from our
 // own output.
-#include "KLVTestSupport.h"
 #include "MXF/SDK/DataIO/File/FileDataSource.h"
 #include "MXF/SDK/KLV/KLVReader.h"
 #include "MXF/SDK/KLV/KeyPredicates.h"
 #include "MXF/SDK/Platform/Platform.h"
+#include "TestSupport.h"
 
 #include <algorithm>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
-#include <sstream>
 
 using namespace Halvorn::Test;
+using namespace Halvorn::Test::Support;
 using namespace MXF::SDK::KLV;
 namespace Exceptions = MXF::SDK::Exceptions;
 namespace Platform = MXF::SDK::Platform;
@@ -105,77 +104,9 @@ const Walked& walked(const std::string& name)
     return it->second;
 }
 
-struct TraceItem
-{
-    UInt64 offset;
-    Bytes key;
-    UInt64 length;
-    std::string name;
-};
-
-// expected/NAME.klv.txt: "OFFSET KEY_HEX LENGTH NAME", '#' lines are comments.
-std::vector<TraceItem> mediaInfoItems(const std::string& name)
-{
-    std::ifstream in(testData("expected/" + name + ".klv.txt"));
-    std::vector<TraceItem> out;
-    for (std::string line; std::getline(in, line);)
-    {
-        if (line.empty() || line[0] == '#')
-            continue;
-        std::istringstream fields(line);
-        TraceItem item;
-        std::string key;
-        fields >> item.offset >> key >> item.length;
-        std::getline(fields >> std::ws, item.name);
-        item.key = hexBytes(key);
-        out.push_back(item);
-    }
-    return out;
-}
-
-struct Packet
-{
-    int stream;
-    UInt64 size;
-    UInt64 position;
-};
-
-// expected/NAME.ffprobe-packets.csv: stream_index,pts,dts,duration,size,pos,flags.
-std::vector<Packet> ffprobePackets(const std::string& name)
-{
-    std::ifstream in(testData("expected/" + name + ".ffprobe-packets.csv"));
-    std::vector<Packet> out;
-    for (std::string line; std::getline(in, line);)
-    {
-        std::vector<std::string> fields;
-        std::istringstream row(line);
-        for (std::string field; std::getline(row, field, ',');)
-            fields.push_back(field);
-        if (fields.size() == 7)
-            out.push_back({std::stoi(fields[0]), std::stoull(fields[4]), std::stoull(fields[5])});
-    }
-    return out;
-}
-
-// damage-offsets.txt: "FILE WHAT VALUE".
 UInt64 damage(const std::string& file, const std::string& what)
 {
-    std::ifstream in(testData("damage-offsets.txt"));
-    std::string f, w;
-    UInt64 value;
-    while (in >> f >> w >> value)
-        if (f == file + ".mxf" && w == what)
-            return value;
-    ADD_FAILURE() << "no " << what << " for " << file << " in damage-offsets.txt";
-    return 0;
-}
-
-UInt64 bigEndian(const Bytes& bytes, UInt64 at, unsigned size)
-{
-    UInt64 value = 0;
-    for (unsigned i = 0; i < size; ++i)
-        value = value << 8 | bytes.at(at + i);
-    return value;
+    return damageOffset(file + ".mxf", what);
 }
 
 // SMPTE 377M keys: 06 0E 2B 34 02 05 01 vv 0D 01 02 01 01 kk ss 00.
@@ -202,13 +133,14 @@ TEST(KLVFixtures, EveryItemMediaInfoTracesIsFoundWithTheSameKeyAndLengthInOrder)
         SCOPED_TRACE(name);
         const Walked& ours = walked(name);
         std::size_t next = 0;
-        for (const TraceItem& traced : mediaInfoItems(name))
+        for (const ListedItem& traced : listedItems(name))
         {
+            const Bytes tracedKey = hexBytes(traced.key);
             // MediaInfo takes the lone prefix at 12276 for a key; its fifth byte is 07,
             // which starts no key.
             if (name == "damaged_garbage" && traced.offset == damage(name, "lure_key_prefix_at"))
             {
-                EXPECT_EQ(traced.key[4], 0x07);
+                EXPECT_EQ(tracedKey[4], 0x07);
                 EXPECT_EQ(ours.at(traced.offset), nullptr);
                 continue;
             }
@@ -217,7 +149,7 @@ TEST(KLVFixtures, EveryItemMediaInfoTracesIsFoundWithTheSameKeyAndLengthInOrder)
             ASSERT_LT(next, ours.items.size()) << "no item at " << traced.offset;
             const Found& found = ours.items[next];
             ASSERT_EQ(found.offset, traced.offset) << traced.name;
-            EXPECT_EQ(found.key, traced.key) << "at " << traced.offset;
+            EXPECT_EQ(found.key, tracedKey) << "at " << traced.offset;
             EXPECT_EQ(found.length, traced.length) << "at " << traced.offset;
         }
     }
@@ -239,14 +171,14 @@ TEST(KLVFixtures, FfprobePacketsAreEssenceElementsOrLieInTheClipElement)
         if (!isFrameWrapped(name))
         {
             // One clip element holds the packets back to back, from its first value byte.
-            const Found* clip = ours.at(packets.front().position - 25);
+            const Found* clip = ours.at(packets.front().pos - 25);
             ASSERT_NE(clip, nullptr);
             EXPECT_TRUE(isGCEssenceElement(Key(clip->key.data())));
             EXPECT_EQ(clip->lengthSize, 9u);
             UInt64 position = clip->valueStart();
             for (const Packet& p : packets)
             {
-                EXPECT_EQ(p.position, position);
+                EXPECT_EQ(UInt64(p.pos), position);
                 position += p.size;
             }
             EXPECT_EQ(position, clip->end());
@@ -254,17 +186,17 @@ TEST(KLVFixtures, FfprobePacketsAreEssenceElementsOrLieInTheClipElement)
         }
         for (const Packet& p : packets)
         {
-            const Found* element = ours.at(p.position);
-            ASSERT_NE(element, nullptr) << "no item at packet position " << p.position;
+            const Found* element = ours.at(p.pos);
+            ASSERT_NE(element, nullptr) << "no item at packet position " << p.pos;
             EXPECT_TRUE(isGCEssenceElement(Key(element->key.data())));
             if (element->end() > ours.size)
-                EXPECT_EQ(p.size, ours.size - element->valueStart()) << "cut by the end";
+                EXPECT_EQ(UInt64(p.size), ours.size - element->valueStart()) << "cut by the end";
             else if (name == "imx50_625" && p.stream == 1)
                 // ffmpeg unpacks the D-10 AES3 element (4-byte header, 8 channels of 4
                 // bytes a sample) to 4 channels of 16-bit PCM.
-                EXPECT_EQ(p.size, (element->length - 4) / 32 * 4 * 2);
+                EXPECT_EQ(UInt64(p.size), (element->length - 4) / 32 * 4 * 2);
             else
-                EXPECT_EQ(p.size, element->length) << "at " << p.position;
+                EXPECT_EQ(UInt64(p.size), element->length) << "at " << p.pos;
         }
     }
 }
@@ -296,15 +228,15 @@ TEST(KLVFixtures, PartitionsAndFillSitWhereTheHeaderPackAndTheRIPSay)
     {
         SCOPED_TRACE(name);
         const Walked& ours = walked(name);
-        const Bytes file = fileBytes(testData(std::string(name) + ".mxf"));
+        const Bytes file = fileBytes(std::string(name) + ".mxf");
         ASSERT_EQ(file.size(), ours.size);
 
         // Header partition pack value: Major, Minor (2 each), KAGSize (4), ThisPartition,
         // PreviousPartition, FooterPartition, HeaderByteCount (8 each).
         const UInt64 header = ours.items[0].valueStart();
-        const UInt64 kag = bigEndian(file, header + 4, 4);
-        const UInt64 footer = bigEndian(file, header + 24, 8);
-        const UInt64 headerByteCount = bigEndian(file, header + 32, 8);
+        const UInt64 kag = number(file, header + 4, 4);
+        const UInt64 footer = number(file, header + 24, 8);
+        const UInt64 headerByteCount = number(file, header + 32, 8);
         EXPECT_EQ(kag, 512u);
         const Found* footerPack = ours.at(footer);
         ASSERT_NE(footerPack, nullptr);
@@ -316,13 +248,13 @@ TEST(KLVFixtures, PartitionsAndFillSitWhereTheHeaderPackAndTheRIPSay)
 
         // The RIP (SMPTE 377M): the last item; its last 4 bytes give its size; then pairs of
         // BodySID (4) and ByteOffset (8), each the offset of a partition pack that says so.
-        const UInt64 ripSize = bigEndian(file, file.size() - 4, 4);
+        const UInt64 ripSize = number(file, file.size() - 4, 4);
         const Found& rip = ours.items.back();
         EXPECT_EQ(rip.offset, file.size() - ripSize);
         EXPECT_EQ(rip.key, hexBytes("06 0e 2b 34 02 05 01 01 0d 01 02 01 01 11 01 00"));
         std::vector<UInt64> partitions;
         for (UInt64 at = rip.valueStart(); at + 4 < rip.end(); at += 12)
-            partitions.push_back(bigEndian(file, at + 4, 8));
+            partitions.push_back(number(file, at + 4, 8));
         EXPECT_EQ(partitions.front(), 0u);
         EXPECT_EQ(partitions.back(), footer);
         for (const UInt64 offset : partitions)
@@ -331,7 +263,7 @@ TEST(KLVFixtures, PartitionsAndFillSitWhereTheHeaderPackAndTheRIPSay)
             ASSERT_NE(pack, nullptr) << offset;
             EXPECT_TRUE(isPartitionPack(pack->key, 0x02) || isPartitionPack(pack->key, 0x03) ||
                         isPartitionPack(pack->key, 0x04));
-            EXPECT_EQ(bigEndian(file, pack->valueStart() + 8, 8), offset) << "ThisPartition";
+            EXPECT_EQ(number(file, pack->valueStart() + 8, 8), offset) << "ThisPartition";
         }
 
         // Fill items are there to bring the next item to the KAG grid.
@@ -352,7 +284,7 @@ TEST(KLVFixtures, OpAtomFilesHoldWhatMediaInfoTracesAndOneClipElement)
     {
         SCOPED_TRACE(name);
         const Walked& ours = walked(name);
-        EXPECT_EQ(ours.items.size(), mediaInfoItems(name).size() + 1);
+        EXPECT_EQ(ours.items.size(), listedItems(name).size() + 1);
         const auto clips =
             std::count_if(ours.items.begin(), ours.items.end(),
                           [](const Found& f) { return isGCEssenceElement(Key(f.key.data())); });
@@ -392,9 +324,9 @@ TEST(KLVDamaged, TruncatedFilesEndInTheElementThatIsCut)
         {
             // ffprobe's last packet is that element, cut short.
             const Packet lastPacket = ffprobePackets(name).back();
-            EXPECT_EQ(last.offset, lastPacket.position);
+            EXPECT_EQ(last.offset, UInt64(lastPacket.pos));
             EXPECT_GT(last.end(), cut);
-            EXPECT_EQ(cut - last.valueStart(), lastPacket.size);
+            EXPECT_EQ(cut - last.valueStart(), UInt64(lastPacket.size));
             EXPECT_EQ(ours.tail, cut - last.valueStart()) << "no key in what is left of it";
         }
     }
@@ -487,7 +419,7 @@ TEST(KLVDamaged, ALengthPastTheEndIsKeptAndTheSearchResumesAtTheNextElement)
 
 TEST(KLVFixtures, ACleanFileReadInSmallPiecesGivesTheSameItems)
 {
-    const Bytes bytes = fileBytes(testData("opatom_pcm.mxf"));
+    const Bytes bytes = fileBytes("opatom_pcm.mxf");
     const Walked& whole = walked("opatom_pcm");
     for (const UInt64 piece : {7, 4093})
     {
@@ -505,7 +437,7 @@ TEST(KLVFixtures, ACleanFileReadInSmallPiecesGivesTheSameItems)
         EXPECT_TRUE(source.eof());
     }
     // The damaged stretch of damaged_garbage, cut out: 11595 (the last header fill) to 13288.
-    const Bytes garbage = fileBytes(testData("damaged_garbage.mxf"));
+    const Bytes garbage = fileBytes("damaged_garbage.mxf");
     const Bytes stretch(garbage.begin() + 11595, garbage.begin() + 13288);
     forEachSplit(stretch,
                  [](DataSource& source)

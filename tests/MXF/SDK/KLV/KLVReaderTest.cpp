@@ -1,6 +1,5 @@
 #include "MXF/SDK/KLV/KLVReader.h"
 
-#include "KLVTestSupport.h"
 #include "MXF/SDK/KLV/KeyPredicates.h"
 #include "TestSupport.h"
 
@@ -8,6 +7,7 @@
 #include <thread>
 
 using namespace Halvorn::Test;
+using namespace Halvorn::Test::Support;
 using namespace MXF::SDK::KLV;
 namespace Exceptions = MXF::SDK::Exceptions;
 

@@ -1,10 +1,11 @@
 #include "MXF/SDK/KLV/KeyPredicates.h"
 
-#include "KLVTestSupport.h"
+#include "TestSupport.h"
 
 #include <gtest/gtest.h>
 
 using namespace Halvorn::Test;
+using namespace Halvorn::Test::Support;
 using namespace MXF::SDK::KLV;
 
 namespace

@@ -1,12 +1,13 @@
 #include "MXF/SDK/Utils/Padding.h"
 
-#include "KLVTestSupport.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSink.h"
 #include "MXF/SDK/KLV/KeyPredicates.h"
+#include "TestSupport.h"
 
 #include <gtest/gtest.h>
 
 using namespace Halvorn::Test;
+using namespace Halvorn::Test::Support;
 using MXF::SDK::DataIO::Memory::MemoryDataSink;
 using MXF::SDK::Utils::Padding;
 namespace Exceptions = MXF::SDK::Exceptions;

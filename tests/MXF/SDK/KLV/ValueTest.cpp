@@ -1,11 +1,11 @@
 #include "MXF/SDK/KLV/Value.h"
 
-#include "KLVTestSupport.h"
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
 
 using namespace Halvorn::Test;
+using namespace Halvorn::Test::Support;
 using MXF::SDK::KLV::Value;
 namespace Exceptions = MXF::SDK::Exceptions;
 
