@@ -32,7 +32,7 @@ TEST(Batch, ReadsAndWritesTheSMPTE377MBatchHeader)
         0x00, 0x00, 0x00, 0x02, // item size
         0x3c, 0x0a, 0x3b, 0x02, 0x01, 0x02,
     };
-    ChunkedSource source(wire, 3);
+    PiecewiseSource source(wire, 3);
     const Batch batch(source, TYPE_UINT16);
     EXPECT_EQ(batch.itemCount(), 3u);
     EXPECT_EQ(batch.itemSize(), 2u);
@@ -71,13 +71,13 @@ TEST(Collection, ShortSourcesGiveTheirTexts)
 {
     using E = Exceptions::InvalidLength;
     auto noCount = sourceOf({0, 0, 0});
-    EXPECT_EQ(messageOf<E>([&] { Batch(noCount, TYPE_UINT8); }),
+    EXPECT_EQ(thrownMessage<E>([&] { Batch(noCount, TYPE_UINT8); }),
               L"Invalid data size in collection. Not enough data to read number of elements");
     auto noSize = sourceOf({0, 0, 0, 1, 0, 0});
-    EXPECT_EQ(messageOf<E>([&] { Batch(noSize, TYPE_UINT8); }),
+    EXPECT_EQ(thrownMessage<E>([&] { Batch(noSize, TYPE_UINT8); }),
               L"Invalid data size in collection. Not enough data to read element entry size");
     auto fewItems = sourceOf({0, 0, 0, 3, 0, 0, 0, 2, 1, 2, 3, 4, 5});
-    EXPECT_EQ(messageOf<E>([&] { Array(fewItems, TYPE_UINT16); }),
+    EXPECT_EQ(thrownMessage<E>([&] { Array(fewItems, TYPE_UINT16); }),
               L"Invalid data size in collection. Not enough data to read 3 elements of size 2");
     EXPECT_TRUE(fewItems.eof());
 
@@ -85,11 +85,11 @@ TEST(Collection, ShortSourcesGiveTheirTexts)
     const std::wstring shortItem =
         L"Invalid data size in Value to create an element in the collection.";
     auto tooSmall = sourceOf({0, 0, 0, 1, 0, 0, 0, 2, 1, 2});
-    EXPECT_EQ(messageOf<E>([&] { Batch(tooSmall, TYPE_UINT32); }), shortItem);
+    EXPECT_EQ(thrownMessage<E>([&] { Batch(tooSmall, TYPE_UINT32); }), shortItem);
     auto tooLarge = sourceOf({0, 0, 0, 1, 0, 0, 0, 2, 1, 2});
-    EXPECT_EQ(messageOf<E>([&] { Batch(tooLarge, TYPE_UINT8); }), shortItem);
+    EXPECT_EQ(thrownMessage<E>([&] { Batch(tooLarge, TYPE_UINT8); }), shortItem);
     auto emptyItems = sourceOf({0xff, 0xff, 0xff, 0xff, 0, 0, 0, 0});
-    EXPECT_EQ(messageOf<E>([&] { Batch(emptyItems, TYPE_DATA_STREAM); }), shortItem);
+    EXPECT_EQ(thrownMessage<E>([&] { Batch(emptyItems, TYPE_DATA_STREAM); }), shortItem);
 
     auto noFactory =
         sourceOf({0, 0, 0, 1, 0, 0, 0, 16, 1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5, 6, 7, 8});
@@ -102,23 +102,23 @@ TEST(Collection, AppendInsertAndRemoveKeepOneItemSize)
     batch.append(std::make_unique<UInt16>(1));
     EXPECT_EQ(batch.itemSize(), 2u);
     batch.append(std::make_unique<UInt16>(3));
-    EXPECT_EQ(
-        messageOf<Exceptions::InvalidElement>([&] { batch.append(std::make_unique<UInt32>(4)); }),
-        L"Appending an invalid element");
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidElement>(
+                  [&] { batch.append(std::make_unique<UInt32>(4)); }),
+              L"Appending an invalid element");
     batch.insert(1, std::make_unique<UInt16>(2));
     batch.insert(3, std::make_unique<UInt16>(4));
     EXPECT_EQ(serialized(batch), Bytes({0, 0, 0, 4, 0, 0, 0, 2, 0, 1, 0, 2, 0, 3, 0, 4}));
-    EXPECT_EQ(
-        messageOf<Exceptions::InvalidElement>([&] { batch.insert(0, std::make_unique<UInt8>(1)); }),
-        L"Trying to insert an invalid element");
-    EXPECT_EQ(messageOf<Exceptions::IndexOutOfBounds>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidElement>(
+                  [&] { batch.insert(0, std::make_unique<UInt8>(1)); }),
+              L"Trying to insert an invalid element");
+    EXPECT_EQ(thrownMessage<Exceptions::IndexOutOfBounds>(
                   [&] { batch.insert(5, std::make_unique<UInt16>(1)); }),
               L"Trying to insert an element past the end of the data");
     batch.remove(0);
     EXPECT_EQ(itemValue(batch, 0), 2);
-    EXPECT_EQ(messageOf<Exceptions::IndexOutOfBounds>([&] { batch.remove(3); }),
+    EXPECT_EQ(thrownMessage<Exceptions::IndexOutOfBounds>([&] { batch.remove(3); }),
               L"Trying to remove an element beyond the end of data");
-    EXPECT_EQ(messageOf<Exceptions::IndexOutOfBounds>([&] { batch.at(3); }),
+    EXPECT_EQ(thrownMessage<Exceptions::IndexOutOfBounds>([&] { batch.at(3); }),
               L"Exceptions::IndexOutOfBounds");
 
     // An empty collection with a size of its own keeps it; insert never adopts a size.

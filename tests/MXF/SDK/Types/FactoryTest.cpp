@@ -137,7 +137,7 @@ TEST(TypeIdentifiers, NamesAndSizesOfTheTable)
          {TYPE_ARRAY, TYPE_BATCH, TYPE_DATA_STREAM, TYPE_DUMMY_TO_REPLACE_EDIT_RATE,
           TYPE_ISO7_STRING, TYPE_UNKNOWN, TYPE_UTF16_STRING, TYPE_DELTA_ENTRY, TYPE_INDEX_ENTRY,
           TYPE_DATA_VALUE, TYPE_J2K_CODING_STYLE_DEFAULT, TYPE_J2K_QUANTISATION_DEFAULT})
-        EXPECT_EQ(messageOf<Exceptions::InvalidType>([&] { sizeOfType(type); }),
+        EXPECT_EQ(thrownMessage<Exceptions::InvalidType>([&] { sizeOfType(type); }),
                   L"Type has a variable size.")
             << type;
     EXPECT_THROW(sizeOfType(TYPE_COUNT), Exceptions::InvalidType);
@@ -149,7 +149,7 @@ TEST(TypeIdentifiers, TypeFromName)
         EXPECT_EQ(typeFromName(name(type)), type);
     EXPECT_EQ(typeFromName(L""), TYPE_UNKNOWN);
     EXPECT_EQ(typeFromName(L"J2KPictureComponent"), TYPE_J2K_PICTURE_COMPONENT);
-    EXPECT_EQ(messageOf<Exceptions::NotFound>([] { typeFromName(L"Int128"); }),
+    EXPECT_EQ(thrownMessage<Exceptions::NotFound>([] { typeFromName(L"Int128"); }),
               L"Unknown type name: Int128");
 }
 
@@ -159,7 +159,7 @@ TEST(BaseTypeFactory, MakesEverySimpleTypeThatWritesBackItsBytes)
     EXPECT_EQ(&factory, &BaseTypeFactory::instance());
     for (const Row& row : simpleRows())
     {
-        ChunkedSource source(row.wire, 5);
+        PiecewiseSource source(row.wire, 5);
         const auto value = factory.create(row.type, source);
         ASSERT_NE(value, nullptr) << row.type;
         EXPECT_TRUE(row.isExpectedClass(*value)) << row.type;
@@ -175,7 +175,7 @@ TEST(BaseTypeFactory, FixedSizeValuesFromShortSourcesFailInTheExactRead)
         if (!hasFixedSize(row.type))
             continue;
         auto source = sourceOf(Bytes(row.wire.begin(), row.wire.end() - 1));
-        const std::wstring text = messageOf<Exceptions::InvalidLength>(
+        const std::wstring text = thrownMessage<Exceptions::InvalidLength>(
             [&] { BaseTypeFactory::instance().create(row.type, source); });
         EXPECT_EQ(text.rfind(L"Invalid data size in Value: ", 0), 0u) << row.type;
     }
@@ -199,11 +199,11 @@ TEST(BaseTypeFactory, MakesCollectionsAndRefusesNumbersItDoesNotKnow)
          {TYPE_ARRAY, TYPE_BATCH, TYPE_DUMMY_TO_REPLACE_EDIT_RATE, TYPE_KEY, TYPE_COUNT})
     {
         auto source = sourceOf(counting(16));
-        EXPECT_EQ(messageOf<E>([&] { factory.create(type, source); }), L"No Factory for type")
+        EXPECT_EQ(thrownMessage<E>([&] { factory.create(type, source); }), L"No Factory for type")
             << type;
     }
     auto source = sourceOf(wire);
-    EXPECT_EQ(messageOf<E>([&] { factory.createCollection(TYPE_UINT32, source, TYPE_UINT32); }),
+    EXPECT_EQ(thrownMessage<E>([&] { factory.createCollection(TYPE_UINT32, source, TYPE_UINT32); }),
               L"No Factory for type");
 }
 

@@ -155,17 +155,17 @@ TEST(Identifiers, RefuseFormsTheyDoNotReadWithTheirOwnText)
     };
     using F = Exceptions::InvalidFormat;
     for (const auto form : {REPRESENTATION_PLAIN_HEX, REPRESENTATION_UUID})
-        EXPECT_EQ(messageOf<F>([&] { UniversalLabel(L"", form); }), readText("UniversalLabel"));
+        EXPECT_EQ(thrownMessage<F>([&] { UniversalLabel(L"", form); }), readText("UniversalLabel"));
     for (const auto form : {REPRESENTATION_PLAIN_HEX, REPRESENTATION_OID})
-        EXPECT_EQ(messageOf<F>([&] { UUID(L"", form); }), readText("UUID"));
+        EXPECT_EQ(thrownMessage<F>([&] { UUID(L"", form); }), readText("UUID"));
     for (const auto form : {REPRESENTATION_OID, REPRESENTATION_UUID})
     {
-        EXPECT_EQ(messageOf<F>([&] { UMID32(L"", form); }), readText("UMID32"));
-        EXPECT_EQ(messageOf<F>([&] { UMID64(L"", form); }), readText("UMID64"));
-        EXPECT_EQ(messageOf<F>([&] { LocalTag(L"", form); }), readText("LocalTag"));
+        EXPECT_EQ(thrownMessage<F>([&] { UMID32(L"", form); }), readText("UMID32"));
+        EXPECT_EQ(thrownMessage<F>([&] { UMID64(L"", form); }), readText("UMID64"));
+        EXPECT_EQ(thrownMessage<F>([&] { LocalTag(L"", form); }), readText("LocalTag"));
     }
     const auto undefinedForm = static_cast<StringRepresentationEncodingType>(7);
-    EXPECT_EQ(messageOf<F>([&] { UUID(L"", undefinedForm); }), readText("UUID"));
+    EXPECT_EQ(thrownMessage<F>([&] { UUID(L"", undefinedForm); }), readText("UUID"));
 }
 
 TEST(Identifiers, WriteOnlyTheirOwnFormNeverDottedHex)
@@ -183,15 +183,15 @@ TEST(Identifiers, WriteOnlyTheirOwnFormNeverDottedHex)
     const LocalTag tag(1);
     for (const auto form :
          {REPRESENTATION_DOTTED_HEX, REPRESENTATION_PLAIN_HEX, REPRESENTATION_UUID})
-        EXPECT_EQ(messageOf<F>([&] { label.toString(form); }), writeText("UniversalLabel"));
+        EXPECT_EQ(thrownMessage<F>([&] { label.toString(form); }), writeText("UniversalLabel"));
     for (const auto form :
          {REPRESENTATION_DOTTED_HEX, REPRESENTATION_PLAIN_HEX, REPRESENTATION_OID})
-        EXPECT_EQ(messageOf<F>([&] { uuid.toString(form); }), writeText("UUID"));
+        EXPECT_EQ(thrownMessage<F>([&] { uuid.toString(form); }), writeText("UUID"));
     for (const auto form : {REPRESENTATION_DOTTED_HEX, REPRESENTATION_OID, REPRESENTATION_UUID})
     {
-        EXPECT_EQ(messageOf<F>([&] { umid32.toString(form); }), writeText("UMID32"));
-        EXPECT_EQ(messageOf<F>([&] { umid64.toString(form); }), writeText("UMID64"));
-        EXPECT_EQ(messageOf<F>([&] { tag.toString(form); }), writeText("LocalTag"));
+        EXPECT_EQ(thrownMessage<F>([&] { umid32.toString(form); }), writeText("UMID32"));
+        EXPECT_EQ(thrownMessage<F>([&] { umid64.toString(form); }), writeText("UMID64"));
+        EXPECT_EQ(thrownMessage<F>([&] { tag.toString(form); }), writeText("LocalTag"));
     }
 }
 
@@ -199,28 +199,29 @@ TEST(Identifiers, BadTextGivesTheTextFormsErrors)
 {
     using Length = Exceptions::InvalidLength;
     using Label = Exceptions::InvalidLabel;
-    EXPECT_EQ(messageOf<Length>([] { UniversalLabel(OP_ATOM_DOTTED + L"."); }), L"Not enough data");
-    EXPECT_EQ(messageOf<Label>(
+    EXPECT_EQ(thrownMessage<Length>([] { UniversalLabel(OP_ATOM_DOTTED + L"."); }),
+              L"Not enough data");
+    EXPECT_EQ(thrownMessage<Label>(
                   [] { UniversalLabel(L"06.0e.2b.34.04.01.01.02.0d.01.02.01.10.01.0g.00"); }),
               L"Label contains non Hexadecimal characters");
-    EXPECT_EQ(messageOf<Length>(
+    EXPECT_EQ(thrownMessage<Length>(
                   [] { UUID(L"f81d4fae-7dec-11d0-a765-00a0c91e6bf", REPRESENTATION_UUID); }),
               L"Not enough data");
-    EXPECT_EQ(messageOf<Label>(
+    EXPECT_EQ(thrownMessage<Label>(
                   [] { UUID(L"f81d4fae07dec-11d0-a765-00a0c91e6bf6", REPRESENTATION_UUID); }),
               L"Expections an separator that was not a hexadecimal character");
-    EXPECT_EQ(messageOf<Label>([] { LocalTag(L"3c0a00", REPRESENTATION_PLAIN_HEX); }),
+    EXPECT_EQ(thrownMessage<Label>([] { LocalTag(L"3c0a00", REPRESENTATION_PLAIN_HEX); }),
               L"Expecting 0x in the start of the plain hexadecimal string representation");
-    EXPECT_EQ(messageOf<Length>([] { LocalTag(L"0x3c0", REPRESENTATION_PLAIN_HEX); }),
+    EXPECT_EQ(thrownMessage<Length>([] { LocalTag(L"0x3c0", REPRESENTATION_PLAIN_HEX); }),
               L"Not enough data");
-    EXPECT_EQ(messageOf<Label>([] { UniversalLabel(L"1.3.53.256", REPRESENTATION_OID); }),
+    EXPECT_EQ(thrownMessage<Label>([] { UniversalLabel(L"1.3.53.256", REPRESENTATION_OID); }),
               L"OID contains values not in [0 - 255].");
-    EXPECT_EQ(messageOf<Label>([] { UniversalLabel(L"1.3.52.4", REPRESENTATION_OID); }),
+    EXPECT_EQ(thrownMessage<Label>([] { UniversalLabel(L"1.3.52.4", REPRESENTATION_OID); }),
               L"OID contains initial values not according to type");
-    EXPECT_EQ(messageOf<Length>([] { UniversalLabel(L"1.3", REPRESENTATION_OID); }),
+    EXPECT_EQ(thrownMessage<Length>([] { UniversalLabel(L"1.3", REPRESENTATION_OID); }),
               L"Not enough data");
     EXPECT_EQ(
-        messageOf<Length>([] { UniversalLabel(OP_ATOM_OID + L".0.0.1", REPRESENTATION_OID); }),
+        thrownMessage<Length>([] { UniversalLabel(OP_ATOM_OID + L".0.0.1", REPRESENTATION_OID); }),
         L"OID contains more elements than expected");
 }
 
@@ -228,7 +229,7 @@ TEST(Identifiers, ReadExactlyTheirSizeFromASource)
 {
     Bytes stream = RFC4122_BYTES;
     stream.push_back(0x99);
-    ChunkedSource chunks(stream, 3);
+    PiecewiseSource chunks(stream, 3);
     EXPECT_EQ(bytesOf(UUID(chunks)), RFC4122_BYTES);
     EXPECT_EQ(chunks.remaining(), 1u);
 
@@ -238,7 +239,7 @@ TEST(Identifiers, ReadExactlyTheirSizeFromASource)
     EXPECT_EQ(LocalTag(tagSource).value(), 0x0102);
 
     auto shortSource = sourceOf(Bytes(OP_ATOM_BYTES.begin(), OP_ATOM_BYTES.begin() + 15));
-    EXPECT_EQ(messageOf<Exceptions::InvalidLength>([&] { UniversalLabel{shortSource}; }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidLength>([&] { UniversalLabel{shortSource}; }),
               L"Invalid data size in Value: 15 of 16 bytes");
     auto shortUMID = sourceOf(counting(31));
     EXPECT_THROW(UMID32{shortUMID}, Exceptions::InvalidLength);

@@ -29,7 +29,7 @@ TEST(Rational, IsTwoBigEndianInt32OnTheWire)
 {
     EXPECT_EQ(serialized(Rational(30000, 1001)), Bytes({0, 0, 0x75, 0x30, 0, 0, 0x03, 0xe9}));
     EXPECT_EQ(serialized(Rational(-1, 2)), Bytes({0xff, 0xff, 0xff, 0xff, 0, 0, 0, 2}));
-    ChunkedSource source({0, 0, 0, 25, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0}, 3);
+    PiecewiseSource source({0, 0, 0, 25, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0}, 3);
     const Rational rate(source);
     expectValue(rate, 25, 1);
     EXPECT_FALSE(rate.isUndefined());
@@ -46,22 +46,22 @@ TEST(Rational, ZeroOverZeroIsUndefinedAndRefusesEveryOperation)
     EXPECT_FALSE(zero.isUndefined());
     EXPECT_TRUE(undefined.isUndefined());
     using E = Exceptions::InvalidFormat;
-    EXPECT_EQ(messageOf<E>([&] { Rational(undefined) += zero; }), UNDEFINED_THIS);
-    EXPECT_EQ(messageOf<E>([&] { Rational(zero) += undefined; }), UNDEFINED_R);
-    EXPECT_EQ(messageOf<E>([&] { Rational(undefined) -= zero; }), UNDEFINED_THIS);
-    EXPECT_EQ(messageOf<E>([&] { Rational(zero) *= undefined; }), UNDEFINED_R);
-    EXPECT_EQ(messageOf<E>([&] { Rational(undefined) /= zero; }), UNDEFINED_THIS);
-    EXPECT_EQ(messageOf<E>([&] { Rational(zero) /= undefined; }), UNDEFINED_R);
-    EXPECT_EQ(messageOf<E>([&] { (void)(undefined == zero); }), UNDEFINED_THIS);
-    EXPECT_EQ(messageOf<E>([&] { (void)(zero < undefined); }), UNDEFINED_R);
+    EXPECT_EQ(thrownMessage<E>([&] { Rational(undefined) += zero; }), UNDEFINED_THIS);
+    EXPECT_EQ(thrownMessage<E>([&] { Rational(zero) += undefined; }), UNDEFINED_R);
+    EXPECT_EQ(thrownMessage<E>([&] { Rational(undefined) -= zero; }), UNDEFINED_THIS);
+    EXPECT_EQ(thrownMessage<E>([&] { Rational(zero) *= undefined; }), UNDEFINED_R);
+    EXPECT_EQ(thrownMessage<E>([&] { Rational(undefined) /= zero; }), UNDEFINED_THIS);
+    EXPECT_EQ(thrownMessage<E>([&] { Rational(zero) /= undefined; }), UNDEFINED_R);
+    EXPECT_EQ(thrownMessage<E>([&] { (void)(undefined == zero); }), UNDEFINED_THIS);
+    EXPECT_EQ(thrownMessage<E>([&] { (void)(zero < undefined); }), UNDEFINED_R);
     // Both undefined: "this" is checked first.
-    EXPECT_EQ(messageOf<E>([&] { Rational(undefined) += undefined; }), UNDEFINED_THIS);
+    EXPECT_EQ(thrownMessage<E>([&] { Rational(undefined) += undefined; }), UNDEFINED_THIS);
 }
 
 TEST(Rational, DivisionByZeroNumerator)
 {
     Rational half(1, 2);
-    EXPECT_EQ(messageOf<Exceptions::InvalidFormat>([&] { half /= Rational(0, 5); }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>([&] { half /= Rational(0, 5); }),
               L"r_num != 0: Division by 0.");
     expectValue(half, 1, 2);
     // Zero on the left stays as it is.

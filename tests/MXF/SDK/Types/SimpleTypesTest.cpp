@@ -35,7 +35,7 @@ TEST(Integers, AreBigEndianTwosComplementOnTheWire)
 
 TEST(Integers, ReadFromASourceAndConvert)
 {
-    ChunkedSource source({0xff, 0xfe, 0x80, 0, 0, 0, 0, 0, 0, 1, 0x12, 0x34, 0x56, 0x78}, 1);
+    PiecewiseSource source({0xff, 0xfe, 0x80, 0, 0, 0, 0, 0, 0, 1, 0x12, 0x34, 0x56, 0x78}, 1);
     EXPECT_EQ(Int16(source).value(), -2);
     const Position position(source);
     EXPECT_EQ(position.value(), std::numeric_limits<std::int64_t>::min() + 1);
@@ -44,7 +44,7 @@ TEST(Integers, ReadFromASourceAndConvert)
     value.setValue(7);
     EXPECT_EQ(serialized(value), Bytes({0, 0, 0, 7}));
     EXPECT_EQ(value.size(), 4);
-    EXPECT_EQ(messageOf<Exceptions::InvalidLength>([&] { UInt16{source}; }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidLength>([&] { UInt16{source}; }),
               L"Invalid data size in Value: 0 of 2 bytes");
 
     Length length(5);
@@ -122,7 +122,7 @@ TEST(UTF16String, EncodesBigEndianWithSurrogatePairs)
     const Bytes wire = {0x00, 0x41, 0x00, 0xe9, 0x20, 0xac, 0xd8, 0x34, 0xdd, 0x1e};
     EXPECT_EQ(serialized(text), wire);
     EXPECT_EQ(text.size(), 10);
-    ChunkedSource source(wire, 3);
+    PiecewiseSource source(wire, 3);
     EXPECT_EQ(UTF16String(source).value(), L"A\u00e9\u20ac\U0001D11E");
 }
 
@@ -141,7 +141,7 @@ TEST(UTF16String, DecodesUpToTheFirstZeroButKeepsEveryByte)
 TEST(UTF16String, RefusesAnOddNumberOfBytes)
 {
     auto source = sourceOf({0x00, 0x41, 0x00});
-    EXPECT_EQ(messageOf<Exceptions::InvalidValue>([&] { UTF16String{source}; }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidValue>([&] { UTF16String{source}; }),
               L"UTF-16 data must have a even number of bytes.");
     auto empty = sourceOf({});
     EXPECT_EQ(UTF16String(empty).size(), 0);
@@ -158,7 +158,8 @@ TEST(OpaqueTypes, KeepTheBytesTheyCameWith)
     // More than a local set can say cannot be written.
     const Bytes big(70000, 1);
     const DataStream stream(big.data(), big.size());
-    EXPECT_EQ(messageOf<Exceptions::InvalidLength>([&] { stream.size(); }), L"Type size exceeded");
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidLength>([&] { stream.size(); }),
+              L"Type size exceeded");
 }
 
 TEST(J2KTypes, PictureComponentIsSsizXRsizYRsiz)
@@ -190,9 +191,9 @@ TEST(J2KTypes, CodingStyleDefaultNeedsTenBytes)
                                   L"J2KCodingStyleDefault must be at least 10 bytes.";
     using E = Exceptions::InvalidValue;
     auto shortSource = sourceOf(Bytes(cod.begin(), cod.begin() + 9));
-    EXPECT_EQ(messageOf<E>([&] { J2KCodingStyleDefault{shortSource}; }), tooShort);
-    EXPECT_EQ(messageOf<E>([&] { J2KCodingStyleDefault(cod.data(), 9); }), tooShort);
-    EXPECT_EQ(messageOf<E>([&] { J2KCodingStyleDefault(0, {}, cod.data(), 4); }),
+    EXPECT_EQ(thrownMessage<E>([&] { J2KCodingStyleDefault{shortSource}; }), tooShort);
+    EXPECT_EQ(thrownMessage<E>([&] { J2KCodingStyleDefault(cod.data(), 9); }), tooShort);
+    EXPECT_EQ(thrownMessage<E>([&] { J2KCodingStyleDefault(0, {}, cod.data(), 4); }),
               L"J2KCodingStyleDefault Spcod item size is smaller than required. Spcod must be at "
               L"least 5 bytes.");
 }
@@ -210,13 +211,13 @@ TEST(J2KTypes, QuantisationDefaultNeedsTwoBytes)
     using E = Exceptions::InvalidValue;
     auto shortSource = sourceOf({0x22});
     // Read from a source, the second sentence names the other class.
-    EXPECT_EQ(messageOf<E>([&] { J2KQuantisationDefault{shortSource}; }),
+    EXPECT_EQ(thrownMessage<E>([&] { J2KQuantisationDefault{shortSource}; }),
               L"J2KQuantisationDefault size is smaller than required. J2KCodingStyleDefault must "
               L"be at least 2 bytes.");
-    EXPECT_EQ(messageOf<E>([&] { J2KQuantisationDefault(qcd.data(), 1); }),
+    EXPECT_EQ(thrownMessage<E>([&] { J2KQuantisationDefault(qcd.data(), 1); }),
               L"J2KQuantisationDefault size is smaller than required. J2KQuantisationDefault must "
               L"be at least 2 bytes.");
-    EXPECT_EQ(messageOf<E>([&] { J2KQuantisationDefault(0x22, qcd.data(), 0); }),
+    EXPECT_EQ(thrownMessage<E>([&] { J2KQuantisationDefault(0x22, qcd.data(), 0); }),
               L"J2KQuantisationDefault sPgcd item size is smaller than required. Spcod must be at "
               L"least 1 bytes.");
 }

@@ -19,7 +19,7 @@ TEST(Timestamp, IsYearMonthDayHourMinuteSecondQuarterMillisecondOnTheWire)
     EXPECT_EQ(serialized(Timestamp(2008, 3, 27, 14, 5, 9, QuarterMilliseconds{125})), wire);
     EXPECT_EQ(stamp.millisecond(), 500);
 
-    ChunkedSource source(wire, 5);
+    PiecewiseSource source(wire, 5);
     const Timestamp read(source);
     EXPECT_EQ(read.year(), 2008);
     EXPECT_EQ(read.month(), 3);
@@ -37,20 +37,20 @@ TEST(Timestamp, ChecksFieldsInOrderWithTheirTexts)
     using E = Exceptions::InvalidValue;
     using Ms = Platform::UInt16;
     // Every field bad: the millisecond is named first, then each in turn.
-    EXPECT_EQ(messageOf<E>([] { Timestamp(0, 13, 32, 24, 60, 60, Ms(1000)); }),
+    EXPECT_EQ(thrownMessage<E>([] { Timestamp(0, 13, 32, 24, 60, 60, Ms(1000)); }),
               L"Invalid Time: Millisecond must be smaller than 1000");
-    EXPECT_EQ(messageOf<E>([] { Timestamp(0, 13, 32, 24, 60, 60, QuarterMilliseconds{250}); }),
+    EXPECT_EQ(thrownMessage<E>([] { Timestamp(0, 13, 32, 24, 60, 60, QuarterMilliseconds{250}); }),
               L"Invalid Time: Millisecond must be smaller than 250");
-    EXPECT_EQ(messageOf<E>([] { Timestamp(0, 13, 32, 24, 60, 60, Ms(999)); }),
+    EXPECT_EQ(thrownMessage<E>([] { Timestamp(0, 13, 32, 24, 60, 60, Ms(999)); }),
               L"Invalid Time: Second must be smaller than 60");
-    EXPECT_EQ(messageOf<E>([] { Timestamp(0, 13, 32, 24, 60, 59, Ms(0)); }),
+    EXPECT_EQ(thrownMessage<E>([] { Timestamp(0, 13, 32, 24, 60, 59, Ms(0)); }),
               L"Invalid Time: Minute must be smaller than 60");
     // An hour of 24 fails with the text that speaks of 60.
-    EXPECT_EQ(messageOf<E>([] { Timestamp(0, 13, 32, 24, 59, 59, Ms(0)); }),
+    EXPECT_EQ(thrownMessage<E>([] { Timestamp(0, 13, 32, 24, 59, 59, Ms(0)); }),
               L"Invalid Time: Hour must be smaller than 60");
-    EXPECT_EQ(messageOf<E>([] { Timestamp(0, 13, 32, 23, 59, 59, QuarterMilliseconds{249}); }),
+    EXPECT_EQ(thrownMessage<E>([] { Timestamp(0, 13, 32, 23, 59, 59, QuarterMilliseconds{249}); }),
               L"Invalid Date: Day must be smaller than 32");
-    EXPECT_EQ(messageOf<E>([] { Timestamp(0, 13, 31, 23, 59, 59, Ms(0)); }),
+    EXPECT_EQ(thrownMessage<E>([] { Timestamp(0, 13, 31, 23, 59, 59, Ms(0)); }),
               L"Invalid Date: Month must be smaller than 13");
     // Year, day 0 and month 0 are not checked.
     EXPECT_NO_THROW(Timestamp(65535, 0, 0, 23, 59, 59, Ms(999)));

@@ -141,9 +141,9 @@ TEST(UIDFactory, UUIDVersionsVariantAndNode)
     EXPECT_EQ(none[8] & 0xC0, 0x80);
 
     using E = Exceptions::NotImplemented;
-    EXPECT_EQ(messageOf<E>([] { newUUID(TIME_SNAP_VERSION_2); }),
+    EXPECT_EQ(thrownMessage<E>([] { newUUID(TIME_SNAP_VERSION_2); }),
               L"setUUIDTimeSnap:: TIME_SNAP_VERSION_2 not implemented: use TIME_SNAP_VERSION_1");
-    EXPECT_EQ(messageOf<E>([] { newUUID(TIME_SNAP_VERSION_3); }),
+    EXPECT_EQ(thrownMessage<E>([] { newUUID(TIME_SNAP_VERSION_3); }),
               L"setUUIDTimeSnap:: TIME_SNAP_VERSION_3 not implemented: use TIME_SNAP_VERSION_1");
 }
 
@@ -193,10 +193,10 @@ TEST(UIDFactory, UMID32MaterialNumbers)
     const UMID32 other = newUMID32(0x01, static_cast<MaterialNumberMethod>(0x50), INMI_24BIT_PRN);
     EXPECT_EQ(Bytes(other.data() + 16, other.data() + 32), Bytes(16, 0));
 
-    EXPECT_EQ(
-        messageOf<Exceptions::NotImplemented>([] { newUMID32(1, MNMI_MASKED, INMI_24BIT_PRN); }),
-        L"setMaterialNumber:: MNMI_MASKED not implemented: use other type");
-    EXPECT_EQ(messageOf<Exceptions::NotImplemented>(
+    EXPECT_EQ(thrownMessage<Exceptions::NotImplemented>(
+                  [] { newUMID32(1, MNMI_MASKED, INMI_24BIT_PRN); }),
+              L"setMaterialNumber:: MNMI_MASKED not implemented: use other type");
+    EXPECT_EQ(thrownMessage<Exceptions::NotImplemented>(
                   [] { newUMID32(1, MNMI_UUID_UL, INMI_24BIT_PRN, 0, TIME_SNAP_VERSION_2); }),
               L"setUUIDTimeSnap:: TIME_SNAP_VERSION_2 not implemented: use TIME_SNAP_VERSION_1");
 }

@@ -81,13 +81,3 @@ TEST(SerializationVisitor, WritesWhatItMeets)
     EXPECT_EQ(sink.data(),
               Bytes({0, 0, 0, 1, 0, 0, 0, 2, 0x3c, 0x0a, 0, 0, 0, 1, 0, 0, 0, 1, 0xab}));
 }
-
-TEST(NullVisitor, IgnoresEverything)
-{
-    NullVisitor visitor;
-    Int32(1).accept(visitor);
-    NonConstNullVisitor mutating;
-    Int32 value(2);
-    value.accept(mutating);
-    EXPECT_EQ(value.value(), 2);
-}
