@@ -2,13 +2,15 @@
 
 #include "MXF/SDK/DataIO/Memory/MemoryDataSink.h"
 #include "MXF/SDK/KLV/KLVReader.h"
-#include "MXF/SDK/KLV/KLVTestSupport.h"
 #include "MXF/SDK/Types/UID.h"
+#include "TestSupport.h"
 
 #include <memory>
 
 namespace Halvorn::Test
 {
+
+using namespace Support;
 
 // The item that starts where the source stands.
 inline std::unique_ptr<MXF::SDK::KLV::KLVItem> itemAt(DataSource& source)
@@ -26,11 +28,12 @@ Bytes serialized(const Pack& pack)
     return sink.data();
 }
 
-// Builds the pack from the first item of `bytes`; the pack's exception passes through.
+// Builds the pack from the first item of `bytes`, read whole or `piece` bytes at a time; the pack's
+// exception passes through.
 template <typename Pack>
-Pack packOf(const Bytes& bytes)
+Pack packOf(const Bytes& bytes, UInt64 piece = 0)
 {
-    MXF::SDK::DataIO::Memory::MemoryDataSource source(bytes.data(), bytes.size());
+    PiecewiseSource source(bytes, piece == 0 ? bytes.size() : piece);
     return Pack(*itemAt(source));
 }
 
