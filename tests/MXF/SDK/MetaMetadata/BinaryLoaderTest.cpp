@@ -15,6 +15,11 @@
 #include <gtest/gtest.h>
 
 using namespace Halvorn::Test;
+using Halvorn::Test::Support::Bytes;
+using Halvorn::Test::Support::hexBytes;
+using Halvorn::Test::Support::operator+;
+using Halvorn::Test::Support::forEachSplit;
+using Halvorn::Test::Support::thrownMessage;
 using namespace Halvorn::Test::DictionaryFile;
 using namespace MXF::SDK;
 using namespace MXF::SDK::MetaMetadata;

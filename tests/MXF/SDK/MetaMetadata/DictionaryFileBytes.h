@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MXF/SDK/KLV/KLVTestSupport.h"
+#include "TestSupport.h"
 
 #include <cstdint>
 #include <string>
@@ -9,6 +9,10 @@
 // loader's tests can build files field by field and break one field at a time.
 namespace Halvorn::Test::DictionaryFile
 {
+
+using Support::Bytes;
+using Support::hexBytes;
+using Support::operator+;
 
 inline Bytes be16(std::uint32_t value)
 {

@@ -3,12 +3,12 @@
 #include "DictionarySource.h"
 #include "MXF/SDK/DataIO/File/FileDataSource.h"
 #include "MXF/SDK/KLV/KLVReader.h"
-#include "MXF/SDK/KLV/KLVTestSupport.h"
 #include "MXF/SDK/MetaMetadata/AttributeRequiredStatus.h"
 #include "MXF/SDK/MetaMetadata/BinaryLoader.h"
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/Platform/Platform.h"
 #include "MXF/SDK/Types/Visitors/Visitor.h"
+#include "TestSupport.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -16,6 +16,14 @@
 #include <set>
 
 using namespace Halvorn::Test;
+using Halvorn::Test::Support::Bytes;
+using Halvorn::Test::Support::hexBytes;
+using MXF::SDK::Platform::Int64;
+using MXF::SDK::Platform::UInt32;
+using MXF::SDK::Platform::UInt64;
+using Halvorn::Test::Support::operator+;
+using Halvorn::Test::Support::forEachSplit;
+using Halvorn::Test::Support::thrownMessage;
 using namespace MXF::SDK;
 using namespace MXF::SDK::MetaMetadata;
 using Types::LocalTag;
@@ -57,7 +65,7 @@ public:
         {
             const std::size_t end = std::min(list.find('|', start), list.size());
             const std::string path = list.substr(start, end - start);
-            const Bytes text = fileBytes(path);
+            const Bytes text = Support::bytesAt(path);
             DictC::parseSource(std::string(text.begin(), text.end()), path, source_);
             start = end + 1;
         }
@@ -361,7 +369,7 @@ TEST(DictionaryFile, KnowsEverySetAndPropertyOfTheFixturesHeaderMetadata)
 {
     const Dictionary& dictionary = loadedDictionary();
     std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(testData("")))
+    for (const auto& entry : std::filesystem::directory_iterator(Support::dataDir()))
         // A run-in is the reader's business; this walk starts at the first byte.
         if (entry.path().extension() == ".mxf" &&
             entry.path().filename().string().rfind("runin_", 0) != 0)

@@ -1,14 +1,19 @@
 // The meta classes, the Dictionary's maps and the required statuses, without a file.
-#include "MXF/SDK/KLV/KLVTestSupport.h"
 #include "MXF/SDK/MetaMetadata/AttributeRequiredStatus.h"
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/MetaMetadata/MetaElements.h"
 #include "MXF/SDK/MetaMetadata/MetaMetadataSet.h"
+#include "TestSupport.h"
 
 #include <gtest/gtest.h>
 #include <thread>
 
 using namespace Halvorn::Test;
+using Halvorn::Test::Support::Bytes;
+using Halvorn::Test::Support::hexBytes;
+using Halvorn::Test::Support::operator+;
+using Halvorn::Test::Support::forEachSplit;
+using Halvorn::Test::Support::thrownMessage;
 using namespace MXF::SDK;
 using namespace MXF::SDK::MetaMetadata;
 using Types::LocalTag;
