@@ -66,11 +66,11 @@ std::wstring uuidText(std::uint8_t n)
 TEST(MetadataStructure, PrefaceAndContentStorageAreChecked)
 {
     const Bytes empty = primer({});
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(
                   [&]
                   { readHeader(empty + set(IDENTIFICATION, local(0x3c0a, uuid(1))))->preface(); }),
               L"Preface not found in PartitionMetadata");
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(
                   [&]
                   {
                       readHeader(empty + set(PREFACE, local(0x3c0a, uuid(1))) +
@@ -83,7 +83,7 @@ TEST(MetadataStructure, PrefaceAndContentStorageAreChecked)
     auto dangling =
         readHeader(empty + set(PREFACE, local(0x3c0a, uuid(1)) + local(0x3b03, uuid(9))));
     EXPECT_EQ(dangling->preface().referencedSet(CONTENT_STORAGE_REF), nullptr);
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>([&] { dangling->contentStorage(); }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>([&] { dangling->contentStorage(); }),
               L"contentStorage != 0: No ContentStorage");
 
     auto noPackages =
@@ -91,14 +91,14 @@ TEST(MetadataStructure, PrefaceAndContentStorageAreChecked)
                    set(CONTENT_STORAGE, local(0x3c0a, uuid(2)) + local(0x1901, batch({}))));
     EXPECT_EQ(&noPackages->preface().element(CONTENT_STORAGE_REF),
               &noPackages->preface().element(CONTENT_STORAGE_REF));
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>([&] { noPackages->contentStorage(); }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>([&] { noPackages->contentStorage(); }),
               L"contentStorage -> packagesCount () > 0: No ContentStorage packages");
 }
 
 TEST(MetadataStructure, InstanceUIDsAndCyclesAreChecked)
 {
     const Bytes empty = primer({});
-    EXPECT_EQ(thrown<Exceptions::InvalidFormat>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>(
                   [&]
                   {
                       readHeader(empty + set(PREFACE, local(0x3c0a, uuid(1))) +
@@ -106,21 +106,21 @@ TEST(MetadataStructure, InstanceUIDsAndCyclesAreChecked)
                   }),
               L"The " + key(IDENTIFICATION).toString() + L" metadataSet has an instance UID, " +
                   uuidText(1) + L", already defined!");
-    EXPECT_EQ(thrown<Exceptions::NotFound>(
+    EXPECT_EQ(thrownMessage<Exceptions::NotFound>(
                   [&] {
                       readHeader(empty + set(IDENTIFICATION, local(0x3c01, {0, 0x41})));
                   }),
               L"InstanceUID not found in Metadata Set with key " + key(IDENTIFICATION).toString() +
                   L" Check Metadata Set builder.");
     // A set that holds itself, and a cycle through two sets.
-    EXPECT_EQ(thrown<Exceptions::InvalidFormat>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>(
                   [&]
                   {
                       readHeader(empty + set(CONTENT_STORAGE, local(0x3c0a, uuid(2)) +
                                                                   local(0x1901, batch({uuid(2)}))));
                   }),
               L"Circular reference for this instanceUID: " + uuidText(2));
-    EXPECT_EQ(thrown<Exceptions::InvalidFormat>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>(
                   [&]
                   {
                       readHeader(empty +
@@ -135,25 +135,25 @@ TEST(MetadataReading, TagsThatDontResolveEndTheRead)
 {
     const Bytes empty = primer({});
     EXPECT_EQ(
-        thrown<Exceptions::LocalTagNotFound>(
+        thrownMessage<Exceptions::LocalTagNotFound>(
             [&] { readHeader(empty + set(PREFACE, local(0x3c0a, uuid(1)) + local(0x7f7f, {1}))); }),
         L"Dictionary does not contain static Local Tag 0x7f7f");
     EXPECT_EQ(
-        thrown<Exceptions::NotFoundInPrimer>(
+        thrownMessage<Exceptions::NotFoundInPrimer>(
             [&] { readHeader(empty + set(PREFACE, local(0x3c0a, uuid(1)) + local(0x9999, {1}))); }),
         L"Could not resolve local tag 0x9999 to Universal Label using either primer and the "
         L"dictionary.");
-    EXPECT_EQ(thrown<Exceptions::InvalidLocalTag>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidLocalTag>(
                   [&] { readHeader(empty + set(PREFACE, local(0x0000, {1}))); }),
               L"Invalid Local Tag '00.00'");
 
     PartitionDictionary strict(dictionary());
-    EXPECT_EQ(thrown<Exceptions::NotFoundInPrimer>(
+    EXPECT_EQ(thrownMessage<Exceptions::NotFoundInPrimer>(
                   [&] { strict.universalLabel(LocalTag(0x3c0a), true); }),
               L"Could not resolve local tag 0x3c0a to Universal Label using primer.");
     strict.primerPack().add(LocalTag(0x3c0a), IS_RIP_PRESENT);
     EXPECT_EQ(strict.universalLabel(LocalTag(0x3c0a), false), IS_RIP_PRESENT);
-    EXPECT_EQ(thrown<Exceptions::UniversalLabelCollision>(
+    EXPECT_EQ(thrownMessage<Exceptions::UniversalLabelCollision>(
                   [&] { strict.universalLabel(LocalTag(0x3c0a), true); }),
               L"Primer redefines a static assigned tag!");
 }
@@ -162,13 +162,14 @@ TEST(MetadataReading, CodingAndFramingFaultsThrow)
 {
     Bytes berSet = set(PREFACE, local(0x3c0a, uuid(1)));
     berSet[5] = 0x13; // BER-coded local lengths
-    EXPECT_EQ(thrown<Exceptions::InvalidMetadataSet>([&] { readHeader(primer({}) + berSet); }),
-              L"Invalid Metadata Set local field length or length field length");
+    EXPECT_EQ(
+        thrownMessage<Exceptions::InvalidMetadataSet>([&] { readHeader(primer({}) + berSet); }),
+        L"Invalid Metadata Set local field length or length field length");
     Bytes overlong = set(PREFACE, local(0x3c0a, uuid(1)));
     overlong[overlong.size() - 17] = 0x20; // the length says 32 where 16 are left
-    EXPECT_EQ(thrown<Exceptions::InvalidLength>([&] { readHeader(primer({}) + overlong); }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidLength>([&] { readHeader(primer({}) + overlong); }),
               L"Invalid data size in Value to create an element in the metadataSet.");
-    EXPECT_EQ(thrown<Exceptions::InvalidFormat>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>(
                   [&] { readHeader(set(PREFACE, local(0x3c0a, uuid(1))) + primer({})); }),
               L"PrimerPack::isPrimerPack (item -> key): Expected Primer Pack");
 }
@@ -189,12 +190,12 @@ TEST(MetadataReading, WhatDoesntParseIsKeptAndWrittenBack)
     const Bytes out = written(*metadata);
     EXPECT_EQ(Bytes(out.end() - descriptor.size(), out.end()), descriptor);
 
-    EXPECT_EQ(thrown<Exceptions::NotFound>([&] { read.element(IS_RIP_PRESENT); }),
+    EXPECT_EQ(thrownMessage<Exceptions::NotFound>([&] { read.element(IS_RIP_PRESENT); }),
               L"No element with this Universal Label was found: " + IS_RIP_PRESENT.toString());
     MetadataSet& changeable = *metadata->sets().at(0);
     changeable.removeInvalidElement(invalid);
     EXPECT_TRUE(changeable.invalidElements().empty());
-    EXPECT_EQ(thrown<Exceptions::NotFound>(
+    EXPECT_EQ(thrownMessage<Exceptions::NotFound>(
                   [&] { changeable.removeInvalidElement(changeable.element(INSTANCE_UID)); }),
               L"Element not found in Invalid Element list!");
 }
@@ -306,9 +307,9 @@ TEST(MetadataTags, NewDynamicTagsGoToThePrimer)
 
     tags.setNextDynamicTag(0xFFFF);
     EXPECT_EQ(tags.localTag(UMID_LABEL), LocalTag(0xFFFF));
-    EXPECT_EQ(thrown<Exceptions::InvalidLocalTag>([&] { tags.nextDynamicTag(); }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidLocalTag>([&] { tags.nextDynamicTag(); }),
               L"All LocalTags are used");
-    EXPECT_EQ(thrown<Exceptions::LocalTagNotFound>(
+    EXPECT_EQ(thrownMessage<Exceptions::LocalTagNotFound>(
                   [&] { tags.localTag(UniversalLabel(setKey(0x55).data())); }),
               L"No LocalTag defined for this UniversalLabel");
 }
@@ -334,13 +335,13 @@ TEST(MetadataModel, SettersCheckWhatTheyAreGiven)
     Bytes unknown = setKey(0x01);
     unknown[13] = 0x7F;
     const KLV::Key unknownKey(unknown.data());
-    EXPECT_EQ(thrown<Exceptions::NotFound>([&] { metadata.createSet(unknownKey); }),
+    EXPECT_EQ(thrownMessage<Exceptions::NotFound>([&] { metadata.createSet(unknownKey); }),
               L"A MetaMetadataSet with Key " + unknownKey.toString() +
                   L" was not found in the Dictionary.");
 
     auto* reference = elementAs<ReferenceElement>(preface.element(CONTENT_STORAGE_REF));
     ASSERT_NE(reference, nullptr);
-    const std::wstring refused = thrown<Exceptions::MetadataSetReferenceNotAllowed>(
+    const std::wstring refused = thrownMessage<Exceptions::MetadataSetReferenceNotAllowed>(
         [&] { reference->setTarget(&identification); });
     EXPECT_EQ(refused.substr(0, refused.find(L"Must")),
               L"ReferenceElement with UL " + CONTENT_STORAGE_REF.toString() +
@@ -349,7 +350,7 @@ TEST(MetadataModel, SettersCheckWhatTheyAreGiven)
     reference->setTarget(&storage);
     EXPECT_EQ(&metadata.preface(), &preface);
     EXPECT_EQ(preface.referencedSet(CONTENT_STORAGE_REF), &storage);
-    EXPECT_EQ(thrown<Exceptions::InvalidMetaAttribute>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidMetaAttribute>(
                   [&] {
                       reference->setValue(
                           std::make_unique<Types::WeakReference>(*storage.instanceUID()));
@@ -360,16 +361,17 @@ TEST(MetadataModel, SettersCheckWhatTheyAreGiven)
     auto* packages = asCollectionReferenceElement(storage.element(PACKAGES));
     ASSERT_NE(packages, nullptr);
     EXPECT_EQ(
-        thrown<Exceptions::InvalidChange>(
+        thrownMessage<Exceptions::InvalidChange>(
             [&] { packages->add(std::make_unique<Types::WeakReference>(*preface.instanceUID())); }),
         L"Trying to set a WeakReference on a BatchReferenceElement expecting a "
         L"StrongReference");
-    EXPECT_EQ(thrown<Exceptions::IndexOutOfBounds>([&] { packages->at(0); }),
+    EXPECT_EQ(thrownMessage<Exceptions::IndexOutOfBounds>([&] { packages->at(0); }),
               L"Index out of bounds");
 
-    EXPECT_EQ(thrown<Exceptions::InvalidChange>([&] { preface.element(INSTANCE_UID).clear(); }),
-              L"Value 'InstanceUID' is required according to Schema");
-    EXPECT_EQ(thrown<Exceptions::InvalidChange>(
+    EXPECT_EQ(
+        thrownMessage<Exceptions::InvalidChange>([&] { preface.element(INSTANCE_UID).clear(); }),
+        L"Value 'InstanceUID' is required according to Schema");
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidChange>(
                   [&] { preface.setValue(INSTANCE_UID, std::make_unique<Types::UInt8>(1)); }),
               L"Setting value with an invalid type. Value Type of new value: UInt8 Value type of "
               L"element UUID");
@@ -385,11 +387,11 @@ TEST(MetadataModel, SettersCheckWhatTheyAreGiven)
     metadata.removeSet(identification);
     EXPECT_EQ(metadata.findSet(Types::UUID(uuid(42).data())), nullptr);
     EXPECT_EQ(metadata.sets(key(IDENTIFICATION)).size(), 0u);
-    EXPECT_EQ(thrown<Exceptions::NotFound>([&] { metadata.set(key(IDENTIFICATION)); }),
+    EXPECT_EQ(thrownMessage<Exceptions::NotFound>([&] { metadata.set(key(IDENTIFICATION)); }),
               L"Didn't find MetadataSet with specified key.");
     metadata.removeListener(listener);
 
-    EXPECT_EQ(thrown<Exceptions::InvalidMetadataSet>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidMetadataSet>(
                   [&]
                   {
                       MetadataSet(

@@ -7,6 +7,7 @@
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/Metadata/PartitionMetadata.h"
 #include "MXF/SDK/Platform/Platform.h"
+#include "TestSupport.h"
 
 #include <cstdint>
 #include <exception>
@@ -22,7 +23,7 @@
 namespace Halvorn::Test::Metadata
 {
 
-using Bytes = std::vector<std::uint8_t>;
+using namespace Halvorn::Test::Support;
 
 inline const MXF::SDK::MetaMetadata::Dictionary& dictionary()
 {
@@ -34,28 +35,6 @@ inline const MXF::SDK::MetaMetadata::Dictionary& dictionary()
         return made;
     }();
     return *loaded;
-}
-
-inline Bytes fileBytes(const std::string& name)
-{
-    const char* root = std::getenv("HALVORN_TEST_DATA");
-    std::ifstream in(std::string(root != nullptr ? root : "tests/data") + "/" + name,
-                     std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
-}
-
-inline Bytes operator+(Bytes a, const Bytes& b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-inline Bytes be(std::uint64_t value, int size)
-{
-    Bytes bytes;
-    for (int i = size - 1; i >= 0; --i)
-        bytes.push_back(std::uint8_t(value >> (8 * i)));
-    return bytes;
 }
 
 // A KLV item with a 4-byte BER length, as the partition writer makes them.
@@ -96,14 +75,6 @@ struct Item
     Bytes value;
 };
 
-inline std::uint64_t number(const std::uint8_t* at, int size)
-{
-    std::uint64_t value = 0;
-    for (int i = 0; i < size; ++i)
-        value = (value << 8) | at[i];
-    return value;
-}
-
 inline Item parseItem(const Bytes& file, std::size_t& at)
 {
     if (at + 17 > file.size())
@@ -121,15 +92,6 @@ inline Item parseItem(const Bytes& file, std::size_t& at)
     return item;
 }
 
-inline std::unique_ptr<MXF::SDK::Metadata::PartitionMetadata>
-readHeader(const Bytes& bytes, const MXF::SDK::MetaMetadata::Dictionary& dict = dictionary())
-{
-    auto metadata = std::make_unique<MXF::SDK::Metadata::PartitionMetadata>(dict);
-    MXF::SDK::DataIO::Memory::MemoryDataSource source(bytes.data(), bytes.size());
-    metadata->read(source, bytes.size());
-    return metadata;
-}
-
 inline Bytes written(MXF::SDK::Metadata::PartitionMetadata& metadata)
 {
     MXF::SDK::DataIO::Memory::MemoryDataSink sink;
@@ -137,23 +99,34 @@ inline Bytes written(MXF::SDK::Metadata::PartitionMetadata& metadata)
     return sink.data();
 }
 
-// The message of the `Exception` that `call` throws, or what happened instead.
-template <typename Exception, typename Call>
-std::wstring thrown(Call call)
+// Reads the header metadata of `bytes`. The same bytes in small odd pieces must read to the same
+// header, written back byte for byte, or fail with the same text.
+inline std::unique_ptr<MXF::SDK::Metadata::PartitionMetadata>
+readHeader(const Bytes& bytes, const MXF::SDK::MetaMetadata::Dictionary& dict = dictionary())
 {
-    try
+    const auto readIn = [&](UInt64 piece)
     {
-        call();
-    }
-    catch (const Exception& e)
+        auto metadata = std::make_unique<MXF::SDK::Metadata::PartitionMetadata>(dict);
+        PiecewiseSource source(bytes, piece == 0 ? bytes.size() : piece);
+        metadata->read(source, bytes.size());
+        return metadata;
+    };
+    const auto outcome = [&](UInt64 piece) -> std::wstring
     {
-        return e.message();
-    }
-    catch (const std::exception& e)
-    {
-        return L"another exception: " + MXF::SDK::Exceptions::toWide(e.what());
-    }
-    return L"nothing thrown";
+        try
+        {
+            const Bytes out = written(*readIn(piece));
+            return std::wstring(out.begin(), out.end());
+        }
+        catch (const MXF::SDK::Exceptions::BaseException& e)
+        {
+            return L"exception: " + e.message();
+        }
+    };
+    const std::wstring whole = outcome(0);
+    for (const UInt64 piece : oddPieces())
+        EXPECT_EQ(outcome(piece), whole) << "read in pieces of " << piece;
+    return readIn(0);
 }
 
 } // namespace Halvorn::Test::Metadata

@@ -101,7 +101,7 @@ TEST_F(StructuralSets, AccessorsReadWriteAndSurviveARoundTrip)
     storage.addPackage(package);
     EXPECT_EQ(storage.packagesCount(), 1u);
     EXPECT_EQ(storage.package(0), &package);
-    EXPECT_EQ(thrown<Exceptions::IndexOutOfBounds>([&] { storage.package(1); }),
+    EXPECT_EQ(thrownMessage<Exceptions::IndexOutOfBounds>([&] { storage.package(1); }),
               L"Index out of bounds");
     package.addTrack(track);
     track.sequence(&sequence);
@@ -127,7 +127,7 @@ TEST_F(StructuralSets, AccessorsReadWriteAndSurviveARoundTrip)
     preface.removeEssenceContainer(0);
     ASSERT_EQ(preface.essenceContainersCount(), 1u);
     EXPECT_EQ(*preface.essenceContainer(0), dataDefinition(TIMECODE));
-    EXPECT_EQ(thrown<Exceptions::IndexOutOfBounds>([&] { preface.essenceContainer(1); }),
+    EXPECT_EQ(thrownMessage<Exceptions::IndexOutOfBounds>([&] { preface.essenceContainer(1); }),
               L"Index out of bounds");
 
     // Written and read back, the values come through the typed classes of the new sets.
@@ -162,23 +162,23 @@ TEST_F(StructuralSets, APrefaceWithoutContentStorageFailsEachHelper)
 {
     Preface& preface = make<Preface>();
     const std::wstring expected = L"contentStorage != 0: Preface has no ContentStorage";
-    EXPECT_EQ(
-        thrown<Exceptions::InvalidStructure>([&] { PrefaceHelpers::contentStorage(preface); }),
-        expected);
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(
+                  [&] { PrefaceHelpers::contentStorage(preface); }),
+              expected);
     const Platform::Byte umid[32] = {};
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(
                   [&] { PackageHelpers::packageByUID(preface, Types::UMID32(umid)); }),
               expected);
     // Set and cleared again, which the required reference allows only with force.
     ContentStorage& storage = make<ContentStorage>();
     preface.contentStorage(&storage);
     EXPECT_EQ(&PrefaceHelpers::contentStorage(preface), &storage);
-    EXPECT_EQ(thrown<Exceptions::InvalidChange>([&] { preface.contentStorage(nullptr); }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidChange>([&] { preface.contentStorage(nullptr); }),
               L"Value 'ContentStorage' is required according to Schema");
     preface.contentStorage(nullptr, true);
-    EXPECT_EQ(
-        thrown<Exceptions::InvalidStructure>([&] { PrefaceHelpers::contentStorage(preface); }),
-        expected);
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(
+                  [&] { PrefaceHelpers::contentStorage(preface); }),
+              expected);
 }
 
 TEST_F(StructuralSets, PackageByUIDComparesUntilAPackageWithoutUID)
@@ -198,7 +198,7 @@ TEST_F(StructuralSets, PackageByUIDComparesUntilAPackageWithoutUID)
     storage.addPackage(empty);
     // Found before the empty one is met; not found, the walk meets it.
     EXPECT_EQ(PackageHelpers::packageByUID(preface, Types::UMID32(first)), &file);
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>(
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(
                   [&] { PackageHelpers::packageByUID(preface, Types::UMID32(second)); }),
               L"package.packageUID () != 0: Package has no packageUID");
 }
@@ -207,12 +207,12 @@ TEST_F(StructuralSets, IsDropFrameChecksInOrder)
 {
     TimelineTrack& track = make<TimelineTrack>();
     const auto dropFrame = [&] { return PackageHelpers::isDropFrame(track); };
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>(dropFrame),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(dropFrame),
               L"seq != 0: Timecode track has no sequence");
 
     Sequence& sequence = make<Sequence>();
     track.sequence(&sequence);
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>(dropFrame),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(dropFrame),
               L"count != 0: Timecode track has no timecode components");
 
     // A component that refers to no set of the partition.
@@ -222,19 +222,19 @@ TEST_F(StructuralSets, IsDropFrameChecksInOrder)
     Platform::Byte nowhere[16] = {0xA0};
     nowhere[15] = 0x99;
     components->add(std::make_unique<Types::StrongReference>(Types::UUID(nowhere)));
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>(dropFrame),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(dropFrame),
               L"component != 0: Timecode track has no timecode components");
     sequence.removeComponent(0);
 
     SourceClip& clip = make<SourceClip>();
     sequence.addComponent(clip);
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>(dropFrame),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(dropFrame),
               L"tc != 0: Timecode component has invalid type");
 
     TimecodeComponent& tc = make<TimecodeComponent>();
     sequence.removeComponent(0);
     sequence.addComponent(tc);
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>(dropFrame),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(dropFrame),
               L"b != 0: Timecode component does not have the 'dropFrame' element");
 
     tc.dropFrame(Types::Boolean(true));
@@ -269,7 +269,8 @@ TEST_F(StructuralSets, StartTimecodeComesFromTheFirstTimecodeTrack)
     TimecodeComponent& tc = make<TimecodeComponent>();
     sequence->addComponent(tc);
     tc.dropFrame(Types::Boolean(true));
-    EXPECT_EQ(thrown<Exceptions::InvalidStructure>([&] { PackageHelpers::startTimecode(package); }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidStructure>(
+                  [&] { PackageHelpers::startTimecode(package); }),
               L"position != 0: Timecode component does not have the 'startTimecode' element");
     // 10:00:00;00 at 29.97 drop frame: 10 hours less 18 frames a minute but every tenth.
     tc.startTimecode(Types::Position(1078920));
@@ -278,8 +279,9 @@ TEST_F(StructuralSets, StartTimecodeComesFromTheFirstTimecodeTrack)
     EXPECT_EQ(start.toString(false, true), L"10:00:00:00 (DF)");
     EXPECT_EQ(start.frameRate(), 30);
     tc.roundedTimecodeBase(Types::UInt16(300));
-    EXPECT_EQ(thrown<Exceptions::InvalidLength>([&] { PackageHelpers::startTimecode(package); }),
-              L"Type size exceeded");
+    EXPECT_EQ(
+        thrownMessage<Exceptions::InvalidLength>([&] { PackageHelpers::startTimecode(package); }),
+        L"Type size exceeded");
 }
 
 TEST_F(StructuralSets, EssenceContainerDataFindsItsLinkedPackage)

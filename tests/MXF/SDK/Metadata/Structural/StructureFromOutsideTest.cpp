@@ -45,14 +45,9 @@ struct Record
 
 std::vector<Record> expectations(const std::string& name)
 {
-    const char* root = std::getenv("HALVORN_TEST_DATA");
-    std::ifstream in(std::string(root != nullptr ? root : "tests/data") + "/expected/structural/" +
-                     name + ".txt");
     std::vector<Record> records;
-    for (std::string line; std::getline(in, line);)
+    for (const std::string& line : dataLines("expected/structural/" + name + ".txt"))
     {
-        if (line.empty() || line[0] == '#')
-            continue;
         std::istringstream words(line);
         Record record;
         words >> record.kind;
@@ -75,19 +70,6 @@ const Record& only(const std::vector<Record>& records, const std::string& kind)
         if (record.kind == kind)
             return record;
     throw std::runtime_error("no " + kind + " record");
-}
-
-// Hex digits, dots ignored, as bytes.
-Bytes hexBytes(const std::string& text)
-{
-    Bytes bytes;
-    std::string digits;
-    for (char c : text)
-        if (c != '.')
-            digits += c;
-    for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
-        bytes.push_back(std::uint8_t(std::stoul(digits.substr(i, 2), nullptr, 16)));
-    return bytes;
 }
 
 template <typename UID>
@@ -113,9 +95,7 @@ std::wstring wide(const std::string& text)
 std::vector<std::string> cleanFixtures()
 {
     std::vector<std::string> names;
-    const char* root = std::getenv("HALVORN_TEST_DATA");
-    for (const auto& entry :
-         std::filesystem::directory_iterator(std::string(root) + "/expected/structural"))
+    for (const auto& entry : std::filesystem::directory_iterator(testData("expected/structural")))
         names.push_back(entry.path().stem().string());
     std::sort(names.begin(), names.end());
     return names;
