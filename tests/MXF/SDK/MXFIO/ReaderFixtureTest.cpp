@@ -108,30 +108,31 @@ const std::vector<std::string> FIXTURES = {
 TEST(ReaderFixtures, EveryListedPartitionIsFoundForwardAndBackward)
 {
     for (const std::string& name : FIXTURES)
-    {
-        SCOPED_TRACE(name);
-        auto reader = readerOf(fileSource(name + ".mxf"));
-        const std::vector<Partition*> forward = walkForward(*reader);
-        expectListed(name, forward);
-        Partition* footer = reader->footerPartition();
-        ASSERT_NE(footer, nullptr);
-        EXPECT_EQ(footer, forward.back());
-        EXPECT_EQ(footer->partitionPack().partitionKind(), PartitionPack::FOOTER_PARTITION);
-        EXPECT_EQ(positions(walkBackward(*reader, footer)), positions(forward));
-
-        // A fresh reader walking backward first finds the same packs.
-        auto fresh = readerOf(fileSource(name + ".mxf"));
-        const std::vector<Partition*> backward = walkBackward(*fresh, fresh->footerPartition());
-        expectListed(name, backward);
-        EXPECT_EQ(positions(backward), positions(forward));
-        // The plain Reader trusts the header's field, which is 0 in one of them.
-        if (name != "damaged_footer_zero")
+        for (const NamedSource& source : sourcesOf(name + ".mxf"))
         {
-            auto plain = readerOf<Reader>(fileSource(name + ".mxf"));
-            ASSERT_NE(plain->footerPartition(), nullptr);
-            EXPECT_EQ(plain->footerPartition()->position(), footer->position());
+            SCOPED_TRACE(name + ", " + source.name);
+            auto reader = readerOf(source.open());
+            const std::vector<Partition*> forward = walkForward(*reader);
+            expectListed(name, forward);
+            Partition* footer = reader->footerPartition();
+            ASSERT_NE(footer, nullptr);
+            EXPECT_EQ(footer, forward.back());
+            EXPECT_EQ(footer->partitionPack().partitionKind(), PartitionPack::FOOTER_PARTITION);
+            EXPECT_EQ(positions(walkBackward(*reader, footer)), positions(forward));
+
+            // A fresh reader walking backward first finds the same packs.
+            auto fresh = readerOf(source.open());
+            const std::vector<Partition*> backward = walkBackward(*fresh, fresh->footerPartition());
+            expectListed(name, backward);
+            EXPECT_EQ(positions(backward), positions(forward));
+            // The plain Reader trusts the header's field, which is 0 in one of them.
+            if (name != "damaged_footer_zero")
+            {
+                auto plain = readerOf<Reader>(source.open());
+                ASSERT_NE(plain->footerPartition(), nullptr);
+                EXPECT_EQ(plain->footerPartition()->position(), footer->position());
+            }
         }
-    }
 }
 
 TEST(ReaderFixtures, MultibodyHasAllItsPartitionsIncludingTheOneMediaInfoMisses)
@@ -175,37 +176,38 @@ TEST(ReaderFixtures, MultibodyHasAllItsPartitionsIncludingTheOneMediaInfoMisses)
 TEST(ReaderFixtures, MetadataOfHeaderAndFooterHasTheSetsMediaInfoTraced)
 {
     for (const std::string& name : FIXTURES)
-    {
-        SCOPED_TRACE(name);
-        auto reader = readerOf(fileSource(name + ".mxf"));
-        for (Partition* partition : {reader->headerPartition(), reader->footerPartition()})
+        for (const NamedSource& source : sourcesOf(name + ".mxf"))
         {
-            const std::uint64_t count = partition->partitionPack().headerByteCount().value();
-            if (count == 0)
+            SCOPED_TRACE(name + ", " + source.name);
+            auto reader = readerOf(source.open());
+            for (Partition* partition : {reader->headerPartition(), reader->footerPartition()})
             {
-                // A footer without metadata has its index segment after the fill.
-                EXPECT_EQ(
-                    exceptionText([&] { partition->metadata(); }),
-                    "PrimerPack::isPrimerPack (item -> key): This partition (0x" +
-                        [](std::uint64_t v)
-                        {
-                            std::ostringstream s;
-                            s << std::hex << v;
-                            return s.str();
-                        }(partition->offset()) +
-                        ") does not have a primer pack at the beginning of the metadata.");
-                continue;
+                const std::uint64_t count = partition->partitionPack().headerByteCount().value();
+                if (count == 0)
+                {
+                    // A footer without metadata has its index segment after the fill.
+                    EXPECT_EQ(
+                        exceptionText([&] { partition->metadata(); }),
+                        "PrimerPack::isPrimerPack (item -> key): This partition (0x" +
+                            [](std::uint64_t v)
+                            {
+                                std::ostringstream s;
+                                s << std::hex << v;
+                                return s.str();
+                            }(partition->offset()) +
+                            ") does not have a primer pack at the beginning of the metadata.");
+                    continue;
+                }
+                const std::uint64_t primer = listedPrimerAfter(name, partition->position());
+                ASSERT_NE(primer, 0u);
+                EXPECT_EQ(partition->headerStart(), primer);
+                std::unique_ptr<Metadata::PartitionMetadata> metadata = partition->metadata();
+                const std::size_t listed = listedSetCount(name, primer, count);
+                EXPECT_GT(listed, 10u);
+                EXPECT_EQ(metadata->setCount(), listed) << partition->position();
+                EXPECT_NO_THROW(metadata->preface());
             }
-            const std::uint64_t primer = listedPrimerAfter(name, partition->position());
-            ASSERT_NE(primer, 0u);
-            EXPECT_EQ(partition->headerStart(), primer);
-            std::unique_ptr<Metadata::PartitionMetadata> metadata = partition->metadata();
-            const std::size_t listed = listedSetCount(name, primer, count);
-            EXPECT_GT(listed, 10u);
-            EXPECT_EQ(metadata->setCount(), listed) << partition->position();
-            EXPECT_NO_THROW(metadata->preface());
         }
-    }
 }
 
 TEST(ReaderFixtures, IndexAndEssenceOfTheFrameWrappedFile)

@@ -7,6 +7,7 @@
 #include "MXF/SDK/MetaMetadata/BinaryLoader.h"
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/Platform/Platform.h"
+#include "TestSupport.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -22,17 +23,11 @@
 namespace Halvorn::Test::MXFIO
 {
 
-using Bytes = std::vector<std::uint8_t>;
+using namespace Halvorn::Test::Support;
 using MXF::SDK::MXFIO::Partition;
 using MXF::SDK::MXFIO::Reader;
 using MXF::SDK::MXFIO::Reader2;
 using MXF::SDK::Platform::UInt64;
-
-inline std::string dataDir()
-{
-    const char* root = std::getenv("HALVORN_TEST_DATA");
-    return root != nullptr ? root : "tests/data";
-}
 
 inline std::shared_ptr<const MXF::SDK::MetaMetadata::Dictionary> dictionary()
 {
@@ -46,14 +41,6 @@ inline std::shared_ptr<const MXF::SDK::MetaMetadata::Dictionary> dictionary()
     return loaded;
 }
 
-inline Bytes fileBytes(const std::string& name)
-{
-    std::ifstream in(dataDir() + "/" + name, std::ios::binary);
-    if (!in)
-        throw std::runtime_error("missing fixture " + name);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
-}
-
 inline std::shared_ptr<MXF::SDK::DataIO::RandomAccessDataSource> fileSource(const std::string& name)
 {
     return std::make_shared<MXF::SDK::DataIO::File::FileDataSource>(
@@ -65,23 +52,29 @@ inline std::shared_ptr<MXF::SDK::DataIO::RandomAccessDataSource> memorySource(co
     return std::make_shared<MXF::SDK::DataIO::Memory::MemoryDataSource>(bytes.data(), bytes.size());
 }
 
+// A fixture as a file, and as bytes handed out in small odd pieces: every reader must find the
+// same.
+struct NamedSource
+{
+    std::string name;
+    std::function<std::shared_ptr<MXF::SDK::DataIO::RandomAccessDataSource>()> open;
+};
+
+inline std::vector<NamedSource> sourcesOf(const std::string& name)
+{
+    std::vector<NamedSource> sources = {{"file", [name] { return fileSource(name); }}};
+    const auto bytes = std::make_shared<const Bytes>(fileBytes(name));
+    for (const UInt64 piece : oddPieces())
+        sources.push_back({"pieces of " + std::to_string(piece), [bytes, piece]
+                           { return std::make_shared<PiecewiseSource>(*bytes, piece); }});
+    return sources;
+}
+
 template <typename R = Reader2>
 std::unique_ptr<R> readerOf(std::shared_ptr<MXF::SDK::DataIO::RandomAccessDataSource> source,
                             std::uint64_t maxRunIn = 65536)
 {
     return std::make_unique<R>(std::move(source), dictionary(), maxRunIn);
-}
-
-// A value of damage-offsets.txt, made by the fixture script from the files themselves.
-inline std::uint64_t damageOffset(const std::string& file, const std::string& what)
-{
-    std::ifstream in(dataDir() + "/damage-offsets.txt");
-    std::string f, w;
-    std::uint64_t value = 0;
-    while (in >> f >> w >> value)
-        if (f == file && w == what)
-            return value;
-    throw std::runtime_error("no " + what + " for " + file + " in damage-offsets.txt");
 }
 
 // One line of expected/NAME.partitions.txt, from MediaInfo's trace.
@@ -95,12 +88,9 @@ struct ListedPartition
 
 inline std::vector<ListedPartition> listedPartitions(const std::string& name)
 {
-    std::ifstream in(dataDir() + "/expected/" + name + ".partitions.txt");
     std::vector<ListedPartition> result;
-    for (std::string line; std::getline(in, line);)
+    for (const std::string& line : dataLines("expected/" + name + ".partitions.txt"))
     {
-        if (line.empty() || line[0] == '#')
-            continue;
         std::istringstream fields(line);
         ListedPartition p;
         fields >> p.offset >> p.kind >> p.status >> p.completeness >> p.thisPartition >>
@@ -109,46 +99,6 @@ inline std::vector<ListedPartition> listedPartitions(const std::string& name)
         result.push_back(p);
     }
     return result;
-}
-
-// One line of expected/NAME.klv.txt.
-struct ListedItem
-{
-    std::uint64_t offset;
-    std::string key;
-    std::uint64_t length;
-    std::string name;
-};
-
-inline std::vector<ListedItem> listedItems(const std::string& name)
-{
-    std::ifstream in(dataDir() + "/expected/" + name + ".klv.txt");
-    std::vector<ListedItem> result;
-    for (std::string line; std::getline(in, line);)
-    {
-        if (line.empty() || line[0] == '#')
-            continue;
-        std::istringstream fields(line);
-        ListedItem item;
-        fields >> item.offset >> item.key >> item.length;
-        std::getline(fields, item.name);
-        result.push_back(item);
-    }
-    return result;
-}
-
-inline std::uint64_t number(const Bytes& bytes, std::size_t at, int size)
-{
-    std::uint64_t value = 0;
-    for (int i = 0; i < size; ++i)
-        value = (value << 8) | bytes.at(at + i);
-    return value;
-}
-
-inline void put(Bytes& bytes, std::size_t at, std::uint64_t value, int size)
-{
-    for (int i = size - 1; i >= 0; --i, value >>= 8)
-        bytes.at(at + i) = std::uint8_t(value);
 }
 
 // Where the value of the item at `at` starts.

@@ -171,7 +171,7 @@ TEST(EssenceReaderTest, DurationsRatesAndPositionsAsFFprobeHasThem)
         auto opened = open(name + ".mxf", false);
         const auto bases = streams(name);
         ASSERT_EQ(bases.size(), opened->essence->trackCount());
-        const auto all = packets(name);
+        const auto all = ffprobePackets(name);
         for (std::size_t t = 0; t < bases.size(); ++t)
         {
             SCOPED_TRACE(opened->tags[t]);
@@ -233,7 +233,7 @@ TEST(EssenceReaderTest, TimeOrderAndMasterPeriod)
 std::vector<long long> cleanPacketsBefore(std::uint64_t limit, bool inclusive)
 {
     std::vector<long long> counts(9, 0);
-    for (const Packet& packet : packets("xdcamhd422_1080i25"))
+    for (const Packet& packet : ffprobePackets("xdcamhd422_1080i25"))
         if (UInt64(packet.pos) < limit || (inclusive && UInt64(packet.pos) == limit))
             ++counts.at(std::size_t(packet.stream));
     return counts;
@@ -385,7 +385,7 @@ TEST(EssenceReaderTest, DurationAndStreamOffsetTexts)
         auto clean = open("opatom_mpeg2.mxf", false);
         const UInt32 number = clean->essence->track(0).trackNumber;
         const std::uint64_t units = std::uint64_t(clean->storage->trackDuration(number));
-        Bytes bytes = Halvorn::Test::MXFIO::fileBytes("opatom_mpeg2.mxf");
+        Bytes bytes = fileBytes("opatom_mpeg2.mxf");
         Bytes pattern = {0x02, 0x02, 0x00, 0x08, 0, 0, 0, 0, 0, 0, 0, 0};
         putBigEndian(pattern, 4, units, 8);
         int changed = 0;
@@ -419,7 +419,7 @@ TEST(EssenceReaderTest, DurationAndStreamOffsetTexts)
               "currentPartition != 0: Could not find footer partition.");
 
     // Past the last body, which the cut file's end closes.
-    const std::uint64_t size = Halvorn::Test::MXFIO::fileBytes("damaged_no_footer.mxf").size();
+    const std::uint64_t size = fileBytes("damaged_no_footer.mxf").size();
     char sizeText[32];
     std::snprintf(sizeText, sizeof sizeText, "%llx", static_cast<unsigned long long>(size));
     EXPECT_EQ(
@@ -430,7 +430,7 @@ TEST(EssenceReaderTest, DurationAndStreamOffsetTexts)
 
     // A stream offset between two bodies: body 2's BodyOffset (README 1079296) moved on by 1 MiB
     // leaves the offset where body 1 ends in no body. Body 2's pack stands at 1085952.
-    Bytes bytes = Halvorn::Test::MXFIO::fileBytes("multibody_180p50.mxf");
+    Bytes bytes = fileBytes("multibody_180p50.mxf");
     const std::size_t pack = damageOffset("multibody_180p50.mxf", "body_partition_2_at");
     ASSERT_EQ(pack, 1085952u);
     // Key, BER length, then major and minor version, KAG size, five 64-bit fields, IndexSID.
@@ -446,7 +446,7 @@ TEST(EssenceReaderTest, DurationAndStreamOffsetTexts)
 // into the caller's memory, in any order, hold the file's bytes.
 TEST(EssenceReaderTest, FileReadsOfEverySizeHoldTheFilesBytes)
 {
-    const Bytes whole = Halvorn::Test::MXFIO::fileBytes("xdcamhd422_720p50.mxf");
+    const Bytes whole = fileBytes("xdcamhd422_720p50.mxf");
     for (const int bufferSize : {-1, 0, 7, 4096, 65536})
     {
         SCOPED_TRACE(bufferSize);

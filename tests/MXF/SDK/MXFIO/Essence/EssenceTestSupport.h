@@ -14,8 +14,7 @@
 namespace Halvorn::Test::Essence
 {
 
-using MXFIO::damageOffset;
-using MXFIO::dataDir;
+using namespace Halvorn::Test::Support;
 using MXFIO::exceptionText;
 using MXFIO::fileSource;
 
@@ -47,43 +46,14 @@ struct Digest
 
 inline std::map<std::string, Digest> digests(const std::string& name)
 {
-    std::ifstream in(dataDir() + "/expected/" + name + ".essence-md5.txt");
     std::map<std::string, Digest> result;
-    for (std::string line; std::getline(in, line);)
+    for (const std::string& line : dataLines("expected/" + name + ".essence-md5.txt"))
     {
-        if (line.empty() || line[0] == '#')
-            continue;
         std::istringstream fields(line);
         std::string tag;
         Digest digest;
         fields >> tag >> digest.md5 >> digest.bytes >> digest.packets;
         result[tag] = digest;
-    }
-    return result;
-}
-
-// One line of expected/NAME.ffprobe-packets.csv.
-struct Packet
-{
-    int stream = 0;
-    long long pts = 0, duration = 0, size = 0, pos = 0;
-};
-
-inline std::vector<Packet> packets(const std::string& name)
-{
-    std::ifstream in(dataDir() + "/expected/" + name + ".ffprobe-packets.csv");
-    std::vector<Packet> result;
-    for (std::string line; std::getline(in, line);)
-    {
-        std::vector<std::string> f;
-        std::istringstream fields(line);
-        for (std::string field; std::getline(fields, field, ',');)
-            f.push_back(field);
-        if (f.size() < 6)
-            continue;
-        auto number = [](const std::string& text) { return text == "N/A" ? -1 : std::stoll(text); };
-        result.push_back(
-            {int(number(f[0])), number(f[1]), number(f[3]), number(f[4]), number(f[5])});
     }
     return result;
 }
