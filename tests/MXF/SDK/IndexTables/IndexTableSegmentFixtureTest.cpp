@@ -5,9 +5,9 @@
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/IndexTables/IndexTableSegment.h"
 #include "MXF/SDK/KLV/KLVReader.h"
-#include "MXF/SDK/KLV/KLVTestSupport.h"
 #include "MXF/SDK/KLV/KeyPredicates.h"
 #include "MXF/SDK/Packs/PartitionPack.h"
+#include "TestSupport.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -17,6 +17,10 @@
 #include <sstream>
 
 using namespace Halvorn::Test;
+using MXF::SDK::Platform::Int64;
+using MXF::SDK::Platform::UInt32;
+using MXF::SDK::Platform::UInt64;
+using namespace Halvorn::Test::Support;
 using namespace MXF::SDK::IndexTables;
 namespace Memory = MXF::SDK::DataIO::Memory;
 namespace KLV = MXF::SDK::KLV;
@@ -248,7 +252,7 @@ TEST(IndexTableSegmentFixture, EverySegmentMatchesMediaInfoAndWritesBackIdentica
     for (const std::string& name : fixtures())
     {
         SCOPED_TRACE(name);
-        const Bytes file = fileBytes(testData(name + ".mxf"));
+        const Bytes file = fileBytes(name + ".mxf");
         ASSERT_FALSE(file.empty());
         // MediaInfo stops tracing at the broken element of damaged_bad_length, before its footer;
         // the file is xdcamhd422_1080i25 with one element length changed, its footer untouched.
@@ -314,8 +318,8 @@ TEST(IndexTableSegmentFixture, ChangedStreamOffsetsAreReadWhereTheyWereChanged)
         if (file == "damaged_bad_index.mxf")
             damage[what] = std::stoull(value);
     const UInt64 at = damage.at("index_segment_at");
-    const IndexTableSegment bad = segmentAt(fileBytes(testData("damaged_bad_index.mxf")), at);
-    const IndexTableSegment clean = segmentAt(fileBytes(testData("xdcamhd422_1080i25.mxf")), at);
+    const IndexTableSegment bad = segmentAt(fileBytes("damaged_bad_index.mxf"), at);
+    const IndexTableSegment clean = segmentAt(fileBytes("xdcamhd422_1080i25.mxf"), at);
     ASSERT_EQ(bad.indexEntryCount(), damage.at("entry_count"));
     for (UInt32 i = 0; i < bad.indexEntryCount(); ++i)
     {
@@ -423,7 +427,7 @@ TEST(IndexTableSegmentFixture, StreamOffsetsGiveFfprobePacketPositions)
           "damaged_no_rip", "damaged_open_header"})
     {
         SCOPED_TRACE(name);
-        const Bytes file = fileBytes(testData(name + ".mxf"));
+        const Bytes file = fileBytes(name + ".mxf");
         std::vector<IndexTableSegment> segments;
         for (const UInt64 at : segmentOffsets(file))
             segments.push_back(segmentAt(file, at));

@@ -6,11 +6,15 @@
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/IndexTables/IndexTableSegmentWithGOPInfo.h"
 #include "MXF/SDK/KLV/KLVReader.h"
-#include "MXF/SDK/KLV/KLVTestSupport.h"
+#include "TestSupport.h"
 
 #include <gtest/gtest.h>
 
 using namespace Halvorn::Test;
+using MXF::SDK::Platform::Int64;
+using MXF::SDK::Platform::UInt32;
+using MXF::SDK::Platform::UInt64;
+using namespace Halvorn::Test::Support;
 using namespace MXF::SDK::IndexTables;
 namespace Memory = MXF::SDK::DataIO::Memory;
 namespace Exceptions = MXF::SDK::Exceptions;
@@ -22,14 +26,6 @@ namespace
 
 const Bytes KEY = hexBytes("06 0e 2b 34 02 53 01 01 0d 01 02 01 01 10 01 00");
 const Bytes UUID_BYTES = hexBytes("00112233 44556677 8899aabb ccddeeff");
-
-Bytes be(UInt64 value, unsigned size)
-{
-    Bytes out(size);
-    for (unsigned i = size; i-- > 0; value >>= 8)
-        out[i] = std::uint8_t(value & 0xff);
-    return out;
-}
 
 Bytes item(unsigned tag, const Bytes& value)
 {
