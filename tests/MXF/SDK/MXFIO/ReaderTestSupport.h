@@ -64,7 +64,9 @@ inline std::vector<NamedSource> sourcesOf(const std::string& name)
 {
     std::vector<NamedSource> sources = {{"file", [name] { return fileSource(name); }}};
     const auto bytes = std::make_shared<const Bytes>(fileBytes(name));
-    for (const UInt64 piece : oddPieces())
+    // Whole files: pieces of 7 and 13 already cut every key, length and pack field; 1-byte pieces
+    // over megabytes only slow the sanitizer build.
+    for (const UInt64 piece : {UInt64{7}, UInt64{13}})
         sources.push_back({"pieces of " + std::to_string(piece), [bytes, piece]
                            { return std::make_shared<PiecewiseSource>(*bytes, piece); }});
     return sources;
