@@ -166,8 +166,9 @@ int tracksCommand(const std::vector<std::string>& args, std::ostream& out, std::
         const int code = pipe.getErrorCode();
         err << "mxf-inspect: error " << code << ": "
             << Platform::toUtf8(KEP::Halvorn::ErrorMessages::instance().text(code))
-            << Platform::toUtf8(code == 8 ? pipe.inputFiles().getErrorMessage()
-                                          : pipe.getErrorMessage())
+            << Platform::toUtf8(code == KEP::Halvorn::ERROR_LOADING_INPUT
+                                    ? pipe.inputFiles().getErrorMessage()
+                                    : pipe.getErrorMessage())
             << "\n";
         return FAILED;
     }
