@@ -288,14 +288,12 @@ TEST(XDCAMDecodePipe, ResolutionIdentifiersFollowTheTable)
 
 // The bytes of each track, end to end, are ffmpeg's. D-10 sound arrives as stored, AES3 elements
 // of 331M; the test turns them into PCM itself and holds that against ffmpeg's digest. A file
-// that declares 24 frames and holds 25 gives all 25, the bytes of the file it was made from.
+// that declares 24 frames and holds 25 gives all 25, as ffmpeg does.
 TEST(XDCAMDecodePipe, EveryTrackDeliversTheBytesFFmpegReads)
 {
-    std::vector<std::pair<std::string, std::string>> files;
-    for (const std::string& clip : CLEAN_CLIPS)
-        files.emplace_back(clip, clip);
-    files.emplace_back("declared_short", "xdcamhd422_1080i25");
-    for (const auto& [clip, digestsOf] : files)
+    std::vector<std::string> clips = CLEAN_CLIPS;
+    clips.push_back("declared_short");
+    for (const std::string& clip : clips)
     {
         SCOPED_TRACE(clip);
         Loaded loaded(clip);
@@ -305,7 +303,7 @@ TEST(XDCAMDecodePipe, EveryTrackDeliversTheBytesFFmpegReads)
         const auto videos = ofMaterialType(loaded.tracks, true);
         const auto audios = ofMaterialType(loaded.tracks, false);
         EXPECT_EQ(drained.records.size(), loaded.tracks.size());
-        for (const Digest& digest : digests(digestsOf))
+        for (const Digest& digest : digests(clip))
         {
             SCOPED_TRACE(digest.tag);
             const std::size_t n = std::stoul(digest.tag.substr(1));

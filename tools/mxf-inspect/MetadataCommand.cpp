@@ -116,7 +116,8 @@ int metadataCommand(const std::vector<std::string>& args, std::ostream& out, std
             err << "mxf-inspect: " << path << ": no partition pack at " << *at << "\n";
             return FAILED;
         }
-        return walkStatus(path, "no " + parsed->partition + " partition", false, err);
+        return walkStatus(path, "no " + parsed->partition + " partition", partitions.packs.empty(),
+                          err);
     }
     const std::string partition =
         std::string(kindName(found->pack)) + " partition at " + std::to_string(found->offset);
