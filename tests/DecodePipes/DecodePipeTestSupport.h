@@ -4,6 +4,7 @@
 #include "DecodePipes/InputFilesManager.h"
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "TestSupport.h"
+#include "Transcoder/ErrorMessages.h"
 #include "Transcoder/EssenceTrackInfo.h"
 #include "Transcoder/Sample.h"
 #include "Transcoder/TranscoderTestSupport.h"
