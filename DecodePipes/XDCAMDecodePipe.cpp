@@ -206,6 +206,7 @@ struct XDCAMDecodePipe::OpenFile
                          "Package does not have valid Essence Tracks.",
                          MXF::SDK::Exceptions::InvalidValue);
         essence = std::make_unique<EssenceReader>(*storage, *filePackage);
+        // An element reader without a length reads until the file holds no more of its element.
         for (std::size_t i = 0; whole && i < essence->trackCount(); ++i)
             essence->track(i).reader->setDuration(0);
     }

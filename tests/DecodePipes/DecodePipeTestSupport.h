@@ -169,7 +169,7 @@ protected:
                                         : ""));
         if (analysisFails)
         {
-            errorCode_ = 9;
+            errorCode_ = KEP::Halvorn::ERROR_ANALYZING_INPUT;
             return false;
         }
         next_ = entry.bounded ? entry.firstFrame - entry.moveBack : 0;

@@ -1,23 +1,17 @@
 #include "DecodePipes/XDCAMDecodePipe.h"
 
 #include "DecodePipes/EssenceContainerKind.h"
-#include "KEP/Halvorn/IKEPHalvornLogger.h"
-#include "KEP/Halvorn/KEPModule.h"
 #include "KEP/Halvorn/KEPTranscoder.h"
-#include "MXF/SDK/MetaMetadata/BinaryLoader.h"
-#include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/Platform/Platform.h"
 #include "MXF/SDK/Types/UID.h"
-#include "TestSupport.h"
 #include "Transcoder/ErrorMessages.h"
 #include "Transcoder/ResolutionId.h"
+#include "Transcoder/TranscoderTestSupport.h"
 #include "XDCAMTestSupport.h"
 
-#include <condition_variable>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <mutex>
 #include <numeric>
 
 using namespace Halvorn::Test;
@@ -247,26 +241,14 @@ TEST(XDCAMDecodePipe, ResolutionIdentifiersFollowTheTable)
 namespace
 {
 
-class Lines : public IKEPHalvornLogger
+// Whether `logger` got the line `text` at `level`.
+bool has(const RecordingLogger& logger, int level, const std::wstring& text)
 {
-public:
-    Lines() { KEPModule::instance().installLogger(this); }
-    ~Lines() override { KEPModule::instance().installLogger(nullptr); }
-    void log(int level, const wchar_t* text) override
-    {
-        const std::lock_guard lock(mutex_);
-        lines_.emplace_back(level, text);
-    }
-    bool has(int level, const std::wstring& text) const
-    {
-        const std::lock_guard lock(mutex_);
-        return std::find(lines_.begin(), lines_.end(), std::make_pair(level, text)) != lines_.end();
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::vector<std::pair<int, std::wstring>> lines_;
-};
+    for (const LogLine& line : logger.lines())
+        if (line.level == level && line.text == text)
+            return true;
+    return false;
+}
 
 // A copy of a fixture whose essence tracks of the given kinds (1 picture, 2 sound) bear the data
 // essence track label instead: 06 0E 2B 34 04 01 01 vv 01 03 02 02 0k 00 00 00, k becomes 3.
@@ -295,8 +277,11 @@ std::wstring asDataTracks(const TempDir& dir, const std::string& clip, std::vect
 } // namespace
 
 // A track that is neither picture nor sound gives no descriptor, and its elements reach no one.
+// The end of the essence is traced.
 TEST(XDCAMDecodePipe, DataTracksGiveNoDescriptorAndNoSamples)
 {
+    RecordingLogger lines;
+    ScopedLogger installed(lines);
     TempDir dir;
     XDCAMDecodePipe pipe;
     pipe.setInputFile(asDataTracks(dir, "xdcamhd422_1080i25", {2}).c_str(), L"", 0);
@@ -310,6 +295,7 @@ TEST(XDCAMDecodePipe, DataTracksGiveNoDescriptorAndNoSamples)
     const Digest v0 = digests("xdcamhd422_1080i25").front();
     EXPECT_EQ(drained.records().begin()->second.hex(), v0.md5);
     EXPECT_EQ(drained.records().begin()->second.samples, v0.packets);
+    EXPECT_TRUE(has(lines, 0, L"Finished read essence. No more data."));
 }
 
 // A picture whose container is not MPEG ES or D-10 (here relabelled as frame-wrapped DV, every
@@ -361,16 +347,6 @@ TEST(XDCAMDecodePipe, AnInPointStillReadsTheFileFromItsFirstFrame)
     EXPECT_EQ(drained.records().at(tracks.front()->trackId).samples, 25u);
     EXPECT_EQ(drained.records().at(tracks.front()->trackId).hex(),
               digests("xdcamhd422_1080i25").front().md5);
-}
-
-TEST(XDCAMDecodePipe, TheEndOfTheEssenceIsTraced)
-{
-    Lines lines;
-    Loaded loaded("imx50_625");
-    ASSERT_TRUE(loaded.ok);
-    RecordingEncodePipe drained;
-    drain(loaded.pipe, drained);
-    EXPECT_TRUE(lines.has(0, L"Finished read essence. No more data."));
 }
 
 // Clips found by UMID through a MediaProfile: a clip, and a take of two clips, of which only the
@@ -478,7 +454,8 @@ TEST(XDCAMDecodePipe, FailuresGiveTheirCodesAndTexts)
 // A MediaProfile whose clip files are not on the card, and UMIDs it doesn't know.
 TEST(XDCAMDecodePipe, UmidsThatLeadNowhere)
 {
-    Lines lines;
+    RecordingLogger lines;
+    ScopedLogger installed(lines);
     const std::wstring profile = fixture("sidecars/BPAV/MEDIAPRO.XML");
     RecordingEncodePipe encoder;
     {
@@ -496,8 +473,8 @@ TEST(XDCAMDecodePipe, UmidsThatLeadNowhere)
         L"060A2B340101010501010D4313000000FFFFFFFF114805D8080046020211A2B3";
     XDCAMDecodePipe pipe;
     EXPECT_FALSE(pipe.setInputUmid(profile.c_str(), unknown.c_str()));
-    EXPECT_TRUE(lines.has(3, L"Unable to retrieve uri in material node for umid: " + unknown));
-    EXPECT_TRUE(lines.has(0, L"Unable to retrieve file associated to umid: " + unknown));
+    EXPECT_TRUE(has(lines, 3, L"Unable to retrieve uri in material node for umid: " + unknown));
+    EXPECT_TRUE(has(lines, 0, L"Unable to retrieve file associated to umid: " + unknown));
     EXPECT_FALSE(pipe.isInputSet());
     JobTranscoder result;
     runJob(result, pipe, encoder);

@@ -122,11 +122,11 @@ struct Job
         switch (fault)
         {
         case Fault::WriteFails:
-            return 12;
+            return ERROR_WRAPPING;
         case Fault::LoadFails:
-            return 10;
+            return ERROR_NO_ESSENCE_TRACKS;
         case Fault::ThrowsInPump:
-            return 9;
+            return ERROR_ANALYZING_INPUT;
         case Fault::None:
             break;
         }
