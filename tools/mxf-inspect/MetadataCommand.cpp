@@ -100,8 +100,7 @@ int metadataCommand(const std::vector<std::string>& args, std::ostream& out, std
     }
     catch (const Exceptions::BaseException& e)
     {
-        err << "mxf-inspect: " << parsed->dictionary << ": " << e.what() << "\n";
-        return FAILED;
+        return fileFailure(parsed->dictionary, e.what(), err);
     }
 
     // Damage elsewhere in the file is the partitions subcommand's business, not this one's.
