@@ -18,7 +18,7 @@ using DecodePipes::XDCAMDecodePipe;
 TEST(XDCAMJob, EveryClipReachesTheEncoderWholeInFileOrder)
 {
     std::vector<std::string> clips = CLEAN_CLIPS;
-    clips.push_back("declared_short");
+    clips.push_back("declared/declared_short");
     for (const std::string& clip : clips)
     {
         SCOPED_TRACE(clip);

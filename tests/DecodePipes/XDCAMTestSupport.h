@@ -2,6 +2,7 @@
 
 // An encode pipe that records what reaches it, for the XDCAM pipe's jobs.
 
+#include "DecodePipes/IDecodePipe.h"
 #include "DecodePipes/XDCAMExpectations.h"
 #include "EncodePipes/BaseEncodePipe.h"
 #include "KEP/Halvorn/KEPCodecPipe.h"

@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
-"""Makes declared_short.mxf: xdcamhd422_1080i25.mxf whose header metadata declares 24 frames
+"""Makes declared/declared_short.mxf: xdcamhd422_1080i25.mxf whose header metadata declares 24 frames
 where the file holds 25, as some writers' long-GOP files do. Every Duration (local tag 0202) and
 ContainerDuration (3002) of 25 in the header metadata becomes 24; the essence, the index table
 (IndexDuration 25) and the footer (no metadata) stay as they are. The file then still holds the
 bytes behind the original's essence digests (expected/xdcamhd422_1080i25.essence-md5.txt).
+It lives in a folder of its own, so that the tests that take every fixture of this folder, and
+their counts, stay as they are; its expectations are in expected/declared/.
 
     make-declared-short.py [DIR]    reads DIR/xdcamhd422_1080i25.mxf (default: this script's dir)
 """
@@ -13,7 +15,7 @@ import sys
 
 DIR = sys.argv[1] if len(sys.argv) > 1 else os.path.dirname(os.path.abspath(__file__))
 SRC = os.path.join(DIR, "xdcamhd422_1080i25.mxf")
-OUT = os.path.join(DIR, "declared_short.mxf")
+OUT = os.path.join(DIR, "declared", "declared_short.mxf")
 DURATION_TAGS = (0x0202, 0x3002)
 PARTITION_PREFIX = bytes.fromhex("060e2b34020501010d01020101")
 FILL = bytes.fromhex("0301021001")
@@ -58,6 +60,7 @@ def main():
         at = value + length
     assert at == end, "metadata does not end at HeaderByteCount"
     assert changed, "no duration of 25 found"
+    os.makedirs(os.path.dirname(OUT), exist_ok=True)
     open(OUT, "wb").write(data)
     print("declared_short.mxf: %d durations 25 -> 24, from %d to %d"
           % (len(changed), changed[0][0], changed[-1][0]))
