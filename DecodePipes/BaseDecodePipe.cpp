@@ -1,6 +1,7 @@
 #include "DecodePipes/BaseDecodePipe.h"
 
 #include "DecodePipes/ClipMetadata.h"
+#include "Transcoder/ErrorMessages.h"
 #include "Transcoder/LoggerHolder.h"
 
 namespace KEP::Halvorn::DecodePipes
@@ -8,9 +9,6 @@ namespace KEP::Halvorn::DecodePipes
 
 namespace
 {
-
-constexpr int LOAD_FAILED = 8;
-constexpr int NO_TRACKS = 10;
 
 const wchar_t* orEmpty(const wchar_t* text)
 {
@@ -123,7 +121,7 @@ bool BaseDecodePipe::load(EssenceTrackInfoList& tracks,
     if (!inputFiles_.load(*this, inPoint_, totalFrames_, clipStartOffset_, inOutPointsInUse_) ||
         inputFiles_.currentEntry().file == nullptr)
     {
-        errorCode_ = LOAD_FAILED;
+        errorCode_ = ERROR_LOADING_INPUT;
         return false;
     }
     if (!analyzeForTracks())
@@ -199,7 +197,7 @@ bool BaseDecodePipe::analyzeForTracks()
         return false;
     if (tracks_.empty())
     {
-        errorCode_ = NO_TRACKS;
+        errorCode_ = ERROR_NO_ESSENCE_TRACKS;
         return false;
     }
     return true;

@@ -41,8 +41,8 @@ public:
 
     bool isInputSet() const final;
     // Opens the files, analyses the first one and gives its track descriptors in `tracks`. A
-    // failure leaves code 8 (no file to read) or 10 (no track) in the entity, or throws from the
-    // toolkit.
+    // failure leaves ERROR_LOADING_INPUT (no file to read) or ERROR_NO_ESSENCE_TRACKS in the
+    // entity, or throws from the toolkit.
     bool load(EssenceTrackInfoList& tracks,
               std::shared_ptr<MXF::SDK::MetaMetadata::Dictionary> dictionary) final;
     Sample* nextSample() final;
@@ -85,7 +85,7 @@ private:
     // Step 2 of advanceFile and of reset.
     void cleanUp();
     void releaseSamples();
-    // analyzeCurrentFile, then NO_TRACKS when it announced no track.
+    // analyzeCurrentFile, then ERROR_NO_ESSENCE_TRACKS when it announced no track.
     bool analyzeForTracks();
 
     bool inputSet_ = false;

@@ -2,13 +2,11 @@
 
 #include "Helpers/XMLHandler/Exceptions.h"
 #include "Helpers/XMLHandler/XMLHandler.h"
-#include "MXF/SDK/Platform/Platform.h"
 #include "Transcoder/LoggerHolder.h"
 
 #include <algorithm>
 #include <cwchar>
-#include <filesystem>
-#include <set>
+#include <map>
 
 namespace KEP::Halvorn::DecodePipes
 {
@@ -35,16 +33,11 @@ const std::wstring UMID_URN = L"urn:smpte:umid:";
 
 const std::wstring PACKETS = L"/*[local-name()='NonRealTimeMeta']/*[local-name()='KlvPacketTable']/"
                              L"*[local-name()='KlvPacket']";
-const std::wstring FRAME_COUNTS = PACKETS + L"/@*[local-name()='frameCount']";
-const std::wstring PACKET_HEAD = PACKETS + L"[./@*[local-name()='frameCount']=\"";
+const std::wstring FRAME_COUNT = L"@*[local-name()='frameCount']";
+const std::wstring LENGTH_VALUE = L"@*[local-name()='lengthValue']";
+const std::wstring KEY = L"@*[local-name()='key']";
 const std::wstring DURATION =
     L"/*[local-name()='NonRealTimeMeta']/*[local-name()='Duration']/@*[local-name()='value']";
-
-// Each mark costs three XPath queries, and each query walks the whole table, so a hostile table
-// of thousands of marks padded to megabytes would take hours. Camera sidecars hold a few dozen
-// marks in a few kilobytes; past this many (marks x bytes of the file), about two seconds of
-// queries, the rest of the table is left unread.
-constexpr std::uintmax_t MARK_SCAN_BUDGET = 8 * 1024 * 1024;
 
 const wchar_t* orEmpty(const wchar_t* text)
 {
@@ -56,14 +49,23 @@ std::wstring stringOrEmpty(XMLHandler& xml, const std::wstring& xpath)
     return xml.exists(xpath.c_str()) ? xml.getString(xpath.c_str()) : std::wstring();
 }
 
-std::size_t markLimit(const wchar_t* path)
+std::vector<std::wstring> stringsOrNone(XMLHandler& xml, const std::wstring& xpath)
 {
-    std::error_code error;
-    std::uintmax_t size =
-        std::filesystem::file_size(MXF::SDK::Platform::toUtf8(orEmpty(path)), error);
-    if (error)
-        size = XMLHandler::MAX_DOCUMENT_SIZE;
-    return static_cast<std::size_t>(MARK_SCAN_BUDGET / std::max<std::uintmax_t>(size, 1));
+    return xml.exists(xpath.c_str()) ? xml.getStrings(xpath.c_str()) : std::vector<std::wstring>();
+}
+
+// For each frame count, the `attribute` of the first packet of that count that has one. Packets
+// that have both attributes give the two lists below in the same document order, so they pair up.
+std::map<std::wstring, std::wstring> firstByFrameCount(XMLHandler& xml,
+                                                       const std::wstring& attribute)
+{
+    const std::wstring both = PACKETS + L"[" + FRAME_COUNT + L" and " + attribute + L"]/";
+    const std::vector<std::wstring> counts = stringsOrNone(xml, both + FRAME_COUNT);
+    const std::vector<std::wstring> values = stringsOrNone(xml, both + attribute);
+    std::map<std::wstring, std::wstring> first;
+    for (std::size_t i = 0; i < counts.size() && i < values.size(); ++i)
+        first.emplace(counts[i], values[i]);
+    return first;
 }
 
 // The kind of a material by its uri: the four characters after "./", in any letter case, name the
@@ -232,28 +234,21 @@ std::uint64_t ClipMetadata::loadMaterialFile(const wchar_t* path, std::uint64_t 
 {
     XMLHandler xml;
     xml.loadFile(orEmpty(path));
-    if (xml.exists(FRAME_COUNTS.c_str()))
+    // Every query walks the table once, whatever the number of marks: a mark is the frame count of
+    // a packet with the length value and key of the first packet of that count that has them.
+    const std::map<std::wstring, std::wstring> lengthValues = firstByFrameCount(xml, LENGTH_VALUE);
+    const std::map<std::wstring, std::wstring> keys = firstByFrameCount(xml, KEY);
+    for (const std::wstring& value : stringsOrNone(xml, PACKETS + L"/" + FRAME_COUNT))
     {
-        const std::size_t limit = markLimit(path);
-        // A value met before selects the same packet again, and its frame is taken already.
-        std::set<std::wstring> seen;
-        for (const std::wstring& value : xml.getStrings(FRAME_COUNTS.c_str()))
-        {
-            if (!seen.insert(value).second)
-                continue;
-            if (seen.size() > limit)
-                break;
-            const std::uint64_t frame =
-                static_cast<std::uint64_t>(std::wcstoll(value.c_str(), nullptr, 10));
-            const std::wstring lengthValue =
-                PACKET_HEAD + value + L"\"]/@*[local-name()='lengthValue']";
-            if (!xml.exists(lengthValue.c_str()))
-                continue;
-            const std::wstring hex = xml.getString(lengthValue.c_str());
-            const bool wide =
-                isWideKey(stringOrEmpty(xml, PACKET_HEAD + value + L"\"]/@*[local-name()='key']"));
-            impl_->materials.emplace(frame + frameOffset, decode(hex, wide));
-        }
+        const auto hex = lengthValues.find(value);
+        if (hex == lengthValues.end())
+            continue;
+        const auto key = keys.find(value);
+        const bool wide = key != keys.end() && isWideKey(key->second);
+        const std::uint64_t frame =
+            static_cast<std::uint64_t>(std::wcstoll(value.c_str(), nullptr, 10));
+        // A count met before names the same packet again; its frame keeps its first text.
+        impl_->materials.emplace(frame + frameOffset, decode(hex->second, wide));
     }
     if (!xml.exists(DURATION.c_str()))
         return 0;

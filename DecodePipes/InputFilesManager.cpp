@@ -1,19 +1,13 @@
 #include "DecodePipes/InputFilesManager.h"
 
 #include "MXF/SDK/DataIO/File/FileDataSource.h"
+#include "Transcoder/ErrorMessages.h"
 #include "Utils/ErrorMessageEntity.h"
 
 #include <algorithm>
 
 namespace KEP::Halvorn::DecodePipes
 {
-
-namespace
-{
-
-constexpr int LOAD_FAILED = 8;
-
-} // namespace
 
 struct InputFilesManager::Impl : Utils::ErrorMessageEntity
 {
@@ -27,7 +21,7 @@ struct InputFilesManager::Impl : Utils::ErrorMessageEntity
 
     void fail(const wchar_t* detail)
     {
-        errorCode_ = LOAD_FAILED;
+        errorCode_ = ERROR_LOADING_INPUT;
         errorMessage_ += detail;
     }
 };

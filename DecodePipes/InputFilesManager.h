@@ -50,7 +50,7 @@ struct FileEntry
 // Turns the list of a clip's files, with an optional in point and frame count, into the entries
 // the pipe reads: files wholly before the in point are dropped, the one holding it is bounded from
 // there, and the files after it until enough frames are held, the last one trimmed. A failure
-// leaves code 8 and a detail in the manager's own error entity.
+// leaves ERROR_LOADING_INPUT and a detail in the manager's own error entity.
 class InputFilesManager
 {
 public:
@@ -62,8 +62,8 @@ public:
     void setFiles(std::vector<std::wstring> fileNames);
     // Opens and measures the files. Frames are counted over the files end to end. Without
     // `useInOutPoint` every file is taken whole. False only for a file whose duration can't be
-    // told; an in point past the end gives no entries, code 8, and still true. Errors opening a
-    // file are exceptions, and pass.
+    // told; an in point past the end gives no entries, ERROR_LOADING_INPUT, and still true. Errors
+    // opening a file are exceptions, and pass.
     bool load(FileBoundsProvider& provider, std::uint64_t inPoint, std::uint64_t wanted,
               std::int64_t clipOffset, bool useInOutPoint);
 

@@ -81,15 +81,6 @@ Structural::SourcePackage* firstFilePackage(Structural::ContentStorage& storage)
     return nullptr;
 }
 
-Structural::MaterialPackage* firstMaterialPackage(Structural::ContentStorage& storage)
-{
-    for (std::uint32_t i = 0; i < storage.packagesCount(); ++i)
-        if (Structural::GenericPackage* package = storage.package(i))
-            if (auto* material = metadataSetAs<Structural::MaterialPackage>(*package))
-                return material;
-    return nullptr;
-}
-
 // The descriptor of the track `trackId` of a file package: the sub-descriptor of a multiple
 // descriptor linked to it, or a single descriptor as it is. Null when there is none.
 Structural::FileDescriptor* trackDescriptor(const Structural::SourcePackage& package,
@@ -202,31 +193,22 @@ struct XDCAMDecodePipe::OpenFile
             return;
         Structural::ContentStorage& storage = Structural::PrefaceHelpers::contentStorage(*preface);
         filePackage = firstFilePackage(storage);
-        materialPackage = firstMaterialPackage(storage);
     }
 
-    // The essence of the file package, through the material package's tracks that lead to it.
-    // InvalidValue "!(masterEditPeriod_ == 0): Package does not have valid Essence Tracks." and
-    // what the content storage reader throws.
-    void openEssence()
+    // The essence of the file package, every element the file holds, in file order: a track's
+    // declared length does not end its reading, the file does. InvalidValue
+    // "!(masterEditPeriod_ == 0): Package does not have valid Essence Tracks." and what the
+    // content storage reader throws.
+    void openEssence(bool whole)
     {
         storage = std::make_unique<ContentStorageReader>(*metadata, *reader);
-        Structural::GenericPackage* package = materialPackage;
-        if (package == nullptr)
-            package = filePackage;
-        MXF_SDK_CHECK_AS(package != 0, "package != 0",
+        MXF_SDK_CHECK_AS(filePackage != 0, "package != 0",
                          "Package does not have valid Essence Tracks.",
                          MXF::SDK::Exceptions::InvalidValue);
-        essence = std::make_unique<EssenceReader>(*storage, *package);
-        // Samples bear the file package's track ids, as the track descriptors do.
-        sampleTrackIds.clear();
-        for (std::size_t i = 0; i < essence->trackCount(); ++i)
-        {
-            const EssenceReader::Track& track = essence->track(i);
-            sampleTrackIds.push_back(track.clip != nullptr && track.clip->sourceTrackID() != nullptr
-                                         ? track.clip->sourceTrackID()->value()
-                                         : track.trackID);
-        }
+        essence = std::make_unique<EssenceReader>(*storage, *filePackage);
+        // An element reader without a length reads until the file holds no more of its element.
+        for (std::size_t i = 0; whole && i < essence->trackCount(); ++i)
+            essence->track(i).reader->setDuration(0);
     }
 
     // Frames of the first timeline track's rate that the longest essence track lasts; unknown
@@ -272,10 +254,8 @@ struct XDCAMDecodePipe::OpenFile
     std::unique_ptr<Reader2> reader;
     std::unique_ptr<MXF::SDK::Metadata::PartitionMetadata> metadata;
     Structural::SourcePackage* filePackage = nullptr;
-    Structural::MaterialPackage* materialPackage = nullptr;
     std::unique_ptr<ContentStorageReader> storage;
     std::unique_ptr<EssenceReader> essence;
-    std::vector<std::uint32_t> sampleTrackIds;
 };
 
 namespace
@@ -308,7 +288,7 @@ XDCAMDecodePipe::~XDCAMDecodePipe()
 std::unique_ptr<FileBoundsRetriever> XDCAMDecodePipe::createFileBoundsRetriever(InputFile file)
 {
     OpenFile measured(std::move(file), dictionary_);
-    measured.openEssence();
+    measured.openEssence(false);
     return std::make_unique<XDCAMFileBoundsRetriever>(measured.duration());
 }
 
@@ -363,7 +343,7 @@ bool XDCAMDecodePipe::analyzeCurrentFile()
             }
         }
     }
-    open_->openEssence();
+    open_->openEssence(true);
     return true;
 }
 
@@ -380,7 +360,7 @@ void XDCAMDecodePipe::readNextSamples()
             logEntry(LOG_TRACE, L"Finished read essence. No more data.");
             return;
         }
-        trackId = open_->sampleTrackIds.at(index);
+        trackId = open_->essence->track(index).trackID;
     } while (std::none_of(tracks_.begin(), tracks_.end(),
                           [&](const auto& track) { return track->trackId == trackId; }));
     // The element was read into a block of its own; the sample copies it, and the block goes with

@@ -18,17 +18,19 @@ ErrorMessages::ErrorMessages() : unknownError_(L"Unknown error occurred.")
 {
     logEntry(LOG_NOTE, L"Setting default error messages language to English.");
     messages_ = {
-        {2, L"Unknown error while transcoding."},
-        {3, L"Error received while generating files."},
-        {4, L"Decoder pipe input file path is not set."},
-        {5, L"Encoder pipe output file path is not set."},
-        {6, L"Error while loading the dictionary."},
-        {7, L"Error while loading the dictionary. No dictionary file was set in KEPModule."},
-        {8, L"Failed to load input file."},
-        {9, L"Error while analyzing input file."},
-        {10, L"Input mxf file contains no valid essence tracks to perform transcoding."},
-        {11, L"Input mp4 file contains a not supported coding type."},
-        {12, L"Error while wrapping essence."},
+        {ERROR_TRANSCODING, L"Unknown error while transcoding."},
+        {ERROR_GENERATING_FILES, L"Error received while generating files."},
+        {ERROR_INPUT_NOT_SET, L"Decoder pipe input file path is not set."},
+        {ERROR_OUTPUT_NOT_SET, L"Encoder pipe output file path is not set."},
+        {ERROR_LOADING_DICTIONARY, L"Error while loading the dictionary."},
+        {ERROR_NO_DICTIONARY_FILE,
+         L"Error while loading the dictionary. No dictionary file was set in KEPModule."},
+        {ERROR_LOADING_INPUT, L"Failed to load input file."},
+        {ERROR_ANALYZING_INPUT, L"Error while analyzing input file."},
+        {ERROR_NO_ESSENCE_TRACKS,
+         L"Input mxf file contains no valid essence tracks to perform transcoding."},
+        {ERROR_UNSUPPORTED_CODING, L"Input mp4 file contains a not supported coding type."},
+        {ERROR_WRAPPING, L"Error while wrapping essence."},
     };
 }
 
@@ -55,7 +57,7 @@ bool ErrorMessages::loadFile(const wchar_t* path)
         Quenfold::Helpers::XMLHandler xml;
         xml.loadFile(path);
         // Only the codes of the catalogue are looked for: a file can't add codes.
-        for (int id = 1; id <= 12; ++id)
+        for (int id = 1; id <= ERROR_WRAPPING; ++id)
         {
             const std::wstring xpath = L"//KEP_Halvorn/ErrorCodes//ErrorCode[@id=\"" +
                                        std::to_wstring(id) + L"\"]/@message";

@@ -6,6 +6,7 @@
 #include "Transcoder/LoggerHolder.h"
 
 #include <mutex>
+#include <set>
 #include <string>
 
 namespace KEP::Halvorn
@@ -14,10 +15,13 @@ namespace KEP::Halvorn
 namespace
 {
 
+// Every path ever set stays, once each: the pointer a getter handed out lives as long as the
+// process, whatever another thread sets meanwhile.
 struct DictionaryFile
 {
     std::mutex mutex;
-    std::wstring path;
+    std::set<std::wstring> paths{std::wstring()};
+    const std::wstring* current = &*paths.begin();
 };
 
 DictionaryFile& dictionaryFile()
@@ -32,7 +36,7 @@ std::wstring currentDictionaryFile()
 {
     DictionaryFile& file = dictionaryFile();
     const std::lock_guard lock(file.mutex);
-    return file.path;
+    return *file.current;
 }
 
 KEPModule& KEPModule::instance()
@@ -55,14 +59,14 @@ void KEPModule::mxfBinaryDictionary(const wchar_t* path)
 {
     DictionaryFile& file = dictionaryFile();
     const std::lock_guard lock(file.mutex);
-    file.path = path != nullptr ? path : L"";
+    file.current = &*file.paths.emplace(path != nullptr ? path : L"").first;
 }
 
 const wchar_t* KEPModule::mxfBinaryDictionary() const
 {
     DictionaryFile& file = dictionaryFile();
     const std::lock_guard lock(file.mutex);
-    return file.path.c_str();
+    return file.current->c_str();
 }
 
 bool KEPModule::setErrorCodesFile(const wchar_t* path)

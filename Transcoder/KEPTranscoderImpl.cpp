@@ -7,6 +7,7 @@
 #include "MXF/SDK/MetaMetadata/BinaryLoader.h"
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "Transcoder/DictionaryFile.h"
+#include "Transcoder/ErrorMessages.h"
 #include "Transcoder/EssenceTrackInfo.h"
 #include "Transcoder/LoggerHolder.h"
 #include "Transcoder/ProgressReporter.h"
@@ -159,7 +160,7 @@ bool KEPTranscoder::Impl::createAAFFile()
     {
         if (!loadDictionary())
         {
-            report(7, {}, std::move(lock));
+            report(ERROR_NO_DICTIONARY_FILE, {}, std::move(lock));
             return false;
         }
         EssenceTrackInfoList tracks;
@@ -178,12 +179,12 @@ bool KEPTranscoder::Impl::createAAFFile()
     catch (const MXF::SDK::Exceptions::BaseException& e)
     {
         avid->abort();
-        report(9, L"-> " + e.message(), std::move(lock));
+        report(ERROR_ANALYZING_INPUT, L"-> " + e.message(), std::move(lock));
     }
     catch (...)
     {
         avid->abort();
-        report(2, {}, std::move(lock));
+        report(ERROR_TRANSCODING, {}, std::move(lock));
     }
     return false;
 }
@@ -216,13 +217,13 @@ void KEPTranscoder::Impl::work(IDecodePipe& decoder, BaseEncodePipe& encoder)
     catch (const MXF::SDK::Exceptions::BaseException& e)
     {
         encoder.abort();
-        report(9, L"-> " + e.message(), lock());
+        report(ERROR_ANALYZING_INPUT, L"-> " + e.message(), lock());
         return;
     }
     catch (...)
     {
         encoder.abort();
-        report(2, {}, lock());
+        report(ERROR_TRANSCODING, {}, lock());
         return;
     }
     try
@@ -239,17 +240,17 @@ bool KEPTranscoder::Impl::runJob(IDecodePipe& decoder, BaseEncodePipe& encoder)
 {
     if (!decoder.isInputSet())
     {
-        report(4, {}, lock());
+        report(ERROR_INPUT_NOT_SET, {}, lock());
         return false;
     }
     if (!encoder.isOutputSet())
     {
-        report(5, {}, lock());
+        report(ERROR_OUTPUT_NOT_SET, {}, lock());
         return false;
     }
     if (!loadDictionary())
     {
-        report(7, {}, lock());
+        report(ERROR_NO_DICTIONARY_FILE, {}, lock());
         return false;
     }
     EssenceTrackInfoList tracks;

@@ -4,6 +4,7 @@
 #include "DecodePipes/InputFilesManager.h"
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "TestSupport.h"
+#include "Transcoder/ErrorMessages.h"
 #include "Transcoder/EssenceTrackInfo.h"
 #include "Transcoder/Sample.h"
 #include "Transcoder/TranscoderTestSupport.h"
@@ -168,7 +169,7 @@ protected:
                                         : ""));
         if (analysisFails)
         {
-            errorCode_ = 9;
+            errorCode_ = KEP::Halvorn::ERROR_ANALYZING_INPUT;
             return false;
         }
         next_ = entry.bounded ? entry.firstFrame - entry.moveBack : 0;

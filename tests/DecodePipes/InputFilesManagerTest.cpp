@@ -192,7 +192,7 @@ TEST(InputFilesManager, ReportsFilesItCannotUse)
         EXPECT_TRUE(loaded.result);
         EXPECT_THAT(loaded.entries, IsEmpty());
         EXPECT_THAT(provider.measured, ElementsAre("A", "B", "C"));
-        EXPECT_EQ(files.getErrorCode(), 8);
+        EXPECT_EQ(files.getErrorCode(), ERROR_LOADING_INPUT);
         EXPECT_STREQ(files.getErrorMessage(), L" -> Unable to load input sources.");
         EXPECT_EQ(files.totalFrames(), 0u);
         // The detail grows with each failure.
@@ -207,7 +207,7 @@ TEST(InputFilesManager, ReportsFilesItCannotUse)
         files.setFiles(standIns(dir, {"100 A"}));
         EXPECT_TRUE(load(files, provider, 0, 0).result);
         EXPECT_THAT(provider.measured, IsEmpty());
-        EXPECT_EQ(files.getErrorCode(), 8);
+        EXPECT_EQ(files.getErrorCode(), ERROR_LOADING_INPUT);
     }
     {
         // A duration that can't be told ends the load there.
@@ -216,7 +216,7 @@ TEST(InputFilesManager, ReportsFilesItCannotUse)
         files.setFiles(standIns(dir, {"100 A", "? B", "100 C"}));
         EXPECT_FALSE(files.load(provider, 0, 0, 0, false));
         EXPECT_THAT(provider.measured, ElementsAre("A", "B"));
-        EXPECT_EQ(files.getErrorCode(), 8);
+        EXPECT_EQ(files.getErrorCode(), ERROR_LOADING_INPUT);
         EXPECT_STREQ(files.getErrorMessage(), L" -> Failed to load file duration.");
     }
     {

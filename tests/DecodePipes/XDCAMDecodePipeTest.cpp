@@ -1,22 +1,17 @@
 #include "DecodePipes/XDCAMDecodePipe.h"
 
 #include "DecodePipes/EssenceContainerKind.h"
-#include "KEP/Halvorn/IKEPHalvornLogger.h"
-#include "KEP/Halvorn/KEPModule.h"
 #include "KEP/Halvorn/KEPTranscoder.h"
-#include "MXF/SDK/MetaMetadata/BinaryLoader.h"
-#include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/Platform/Platform.h"
 #include "MXF/SDK/Types/UID.h"
-#include "TestSupport.h"
+#include "Transcoder/ErrorMessages.h"
 #include "Transcoder/ResolutionId.h"
+#include "Transcoder/TranscoderTestSupport.h"
 #include "XDCAMTestSupport.h"
 
-#include <condition_variable>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <mutex>
 #include <numeric>
 
 using namespace Halvorn::Test;
@@ -28,23 +23,6 @@ using ::testing::StartsWith;
 
 namespace
 {
-
-std::shared_ptr<MXF::SDK::MetaMetadata::Dictionary> dictionary()
-{
-    static const auto loaded = []
-    {
-        auto made = std::make_shared<MXF::SDK::MetaMetadata::Dictionary>();
-        MXF::SDK::MetaMetadata::BinaryLoader::load(
-            MXF::SDK::Platform::fromUtf8(HALVORN_DICTIONARY_FILE), *made);
-        return made;
-    }();
-    return loaded;
-}
-
-std::wstring fixture(const std::string& name)
-{
-    return MXF::SDK::Platform::fromUtf8(dataDir() + "/" + name);
-}
 
 // A pipe loaded with one fixture.
 struct Loaded
@@ -58,32 +36,6 @@ struct Loaded
     EssenceTrackInfoList tracks;
     bool ok = false;
 };
-
-// Every sample of a pipe, with its track id; each is released.
-struct Drained
-{
-    std::map<std::uint32_t, TrackRecord> records;
-    std::vector<std::pair<std::uint32_t, std::uint64_t>> order;
-    std::map<std::uint32_t, std::vector<std::vector<std::uint8_t>>> bytes;
-};
-
-Drained drain(DecodePipes::IDecodePipe& pipe, bool keepBytes = false)
-{
-    Drained drained;
-    while (Sample* sample = pipe.nextSample())
-    {
-        const std::uint32_t id = static_cast<HalvornSample*>(sample)->trackId();
-        TrackRecord& record = drained.records[id];
-        record.md5.update(sample->data(), sample->size());
-        record.bytes += sample->size();
-        ++record.samples;
-        drained.order.emplace_back(id, sample->size());
-        if (keepBytes)
-            drained.bytes[id].emplace_back(sample->data(), sample->data() + sample->size());
-        sample->release();
-    }
-    return drained;
-}
 
 // The video track and the sound tracks, in the order announced.
 std::vector<std::shared_ptr<EssenceTrackInfo>> ofMaterialType(const EssenceTrackInfoList& tracks,
@@ -286,160 +238,16 @@ TEST(XDCAMDecodePipe, ResolutionIdentifiersFollowTheTable)
     }
 }
 
-// The bytes of each track, end to end, are ffmpeg's. D-10 sound arrives as stored, AES3 elements
-// of 331M; the test turns them into PCM itself and holds that against ffmpeg's digest.
-TEST(XDCAMDecodePipe, EveryTrackDeliversTheBytesFFmpegReads)
-{
-    for (const std::string& clip : CLEAN_CLIPS)
-    {
-        SCOPED_TRACE(clip);
-        Loaded loaded(clip);
-        ASSERT_TRUE(loaded.ok);
-        const bool d10 = clip == "imx50_625";
-        const Drained drained = drain(loaded.pipe, d10);
-        const auto videos = ofMaterialType(loaded.tracks, true);
-        const auto audios = ofMaterialType(loaded.tracks, false);
-        EXPECT_EQ(drained.records.size(), loaded.tracks.size());
-        for (const Digest& digest : digests(clip))
-        {
-            SCOPED_TRACE(digest.tag);
-            const std::size_t n = std::stoul(digest.tag.substr(1));
-            const auto& list = digest.tag[0] == 'v' ? videos : audios;
-            ASSERT_LT(n, list.size());
-            const auto found = drained.records.find(list[n]->trackId);
-            ASSERT_NE(found, drained.records.end());
-            TrackRecord record = found->second;
-            EXPECT_EQ(record.samples, digest.packets);
-            if (d10 && digest.tag[0] == 'a')
-            {
-                Md5 pcm;
-                std::uint64_t pcmBytes = 0;
-                for (const auto& element : drained.bytes.at(list[n]->trackId))
-                {
-                    // A 4-byte header and 1920 samples of eight 4-byte slots.
-                    EXPECT_EQ(element.size(), 4u + 1920u * 8u * 4u);
-                    const auto converted =
-                        aes3ToPcm(element, static_cast<int>(list[n]->audio.channelCount),
-                                  static_cast<int>(list[n]->audio.quantizationBits));
-                    pcm.update(converted.data(), converted.size());
-                    pcmBytes += converted.size();
-                }
-                EXPECT_EQ(pcm.hex(), digest.md5);
-                EXPECT_EQ(pcmBytes, digest.bytes);
-                continue;
-            }
-            EXPECT_EQ(record.hex(), digest.md5);
-            EXPECT_EQ(record.bytes, digest.bytes);
-        }
-        EXPECT_EQ(loaded.pipe.nextSample(), nullptr) << "the end stays the end";
-    }
-}
-
-// One element a read, in the order of the file: ffprobe's packets sorted by position.
-TEST(XDCAMDecodePipe, SamplesArriveInterleavedInFileOrder)
-{
-    for (const std::string& clip : CLEAN_CLIPS)
-    {
-        SCOPED_TRACE(clip);
-        Loaded loaded(clip);
-        ASSERT_TRUE(loaded.ok);
-        const Drained drained = drain(loaded.pipe);
-        const std::vector<Packet> packets = packetsInFileOrder(clip);
-        ASSERT_EQ(drained.order.size(), packets.size());
-        const auto videos = ofMaterialType(loaded.tracks, true);
-        const auto audios = ofMaterialType(loaded.tracks, false);
-        const bool d10 = clip == "imx50_625";
-        for (std::size_t i = 0; i < packets.size(); ++i)
-        {
-            const Packet& packet = packets[i];
-            const std::uint32_t id = packet.stream == 0
-                                         ? videos.front()->trackId
-                                         : audios.at(std::size_t(packet.stream - 1))->trackId;
-            ASSERT_EQ(drained.order[i].first, id) << "sample " << i;
-            // ffmpeg hands out D-10 sound as PCM, not as the element it read.
-            if (!(d10 && packet.stream != 0))
-            {
-                ASSERT_EQ(drained.order[i].second, packet.size) << "sample " << i;
-            }
-        }
-    }
-}
-
 namespace
 {
 
-class Lines : public IKEPHalvornLogger
+// Whether `logger` got the line `text` at `level`.
+bool has(const RecordingLogger& logger, int level, const std::wstring& text)
 {
-public:
-    Lines() { KEPModule::instance().installLogger(this); }
-    ~Lines() override { KEPModule::instance().installLogger(nullptr); }
-    void log(int level, const wchar_t* text) override
-    {
-        const std::lock_guard lock(mutex_);
-        lines_.emplace_back(level, text);
-    }
-    bool has(int level, const std::wstring& text) const
-    {
-        const std::lock_guard lock(mutex_);
-        return std::find(lines_.begin(), lines_.end(), std::make_pair(level, text)) != lines_.end();
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::vector<std::pair<int, std::wstring>> lines_;
-};
-
-// A transcoder that waits for its job and keeps the error it was told.
-class JobTranscoder : public KEPTranscoder
-{
-public:
-    int code = 0;
-    std::wstring text;
-
-    bool waitDone()
-    {
-        std::unique_lock lock(mutex_);
-        return doneChanged_.wait_for(lock, std::chrono::seconds(60), [&] { return done_; });
-    }
-
-protected:
-    void cbDone() override
-    {
-        const std::lock_guard lock(mutex_);
-        done_ = true;
-        doneChanged_.notify_all();
-    }
-    void cbError(int errorCode, const wchar_t* message) override
-    {
-        code = errorCode;
-        text = message;
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable doneChanged_;
-    bool done_ = false;
-};
-
-struct JobResult
-{
-    int code = 0;
-    std::wstring text;
-    KEPTranscoder::State state = KEPTranscoder::Unlinked;
-};
-
-JobResult runJob(KEPDecodePipe& pipe, RecordingEncodePipe& encoder)
-{
-    KEPModule::instance().mxfBinaryDictionary(
-        MXF::SDK::Platform::fromUtf8(HALVORN_DICTIONARY_FILE).c_str());
-    JobTranscoder transcoder;
-    EXPECT_TRUE(transcoder.setDecodePipe(&pipe));
-    EXPECT_TRUE(transcoder.setEncodePipe(&encoder));
-    EXPECT_TRUE(transcoder.transcode());
-    EXPECT_TRUE(transcoder.waitDone());
-    JobResult result{transcoder.code, transcoder.text, transcoder.getState()};
-    EXPECT_TRUE(transcoder.unlink());
-    return result;
+    for (const LogLine& line : logger.lines())
+        if (line.level == level && line.text == text)
+            return true;
+    return false;
 }
 
 // A copy of a fixture whose essence tracks of the given kinds (1 picture, 2 sound) bear the data
@@ -469,8 +277,11 @@ std::wstring asDataTracks(const TempDir& dir, const std::string& clip, std::vect
 } // namespace
 
 // A track that is neither picture nor sound gives no descriptor, and its elements reach no one.
+// The end of the essence is traced.
 TEST(XDCAMDecodePipe, DataTracksGiveNoDescriptorAndNoSamples)
 {
+    RecordingLogger lines;
+    ScopedLogger installed(lines);
     TempDir dir;
     XDCAMDecodePipe pipe;
     pipe.setInputFile(asDataTracks(dir, "xdcamhd422_1080i25", {2}).c_str(), L"", 0);
@@ -478,11 +289,13 @@ TEST(XDCAMDecodePipe, DataTracksGiveNoDescriptorAndNoSamples)
     ASSERT_TRUE(pipe.load(tracks, dictionary()));
     ASSERT_EQ(tracks.size(), 1u);
     EXPECT_EQ(tracks.front()->fileName, L"video.mxf");
-    const Drained drained = drain(pipe);
-    ASSERT_EQ(drained.records.size(), 1u);
+    RecordingEncodePipe drained;
+    drain(pipe, drained);
+    ASSERT_EQ(drained.records().size(), 1u);
     const Digest v0 = digests("xdcamhd422_1080i25").front();
-    EXPECT_EQ(drained.records.begin()->second.hex(), v0.md5);
-    EXPECT_EQ(drained.records.begin()->second.samples, v0.packets);
+    EXPECT_EQ(drained.records().begin()->second.hex(), v0.md5);
+    EXPECT_EQ(drained.records().begin()->second.samples, v0.packets);
+    EXPECT_TRUE(has(lines, 0, L"Finished read essence. No more data."));
 }
 
 // A picture whose container is not MPEG ES or D-10 (here relabelled as frame-wrapped DV, every
@@ -512,7 +325,9 @@ TEST(XDCAMDecodePipe, APictureOfAnotherContainerIsAnnouncedWithoutCoding)
     EXPECT_EQ(tracks.front()->coding, EssenceTrackInfo::CODING_NONE);
     EXPECT_EQ(tracks.front()->video.storedWidth, 1920u);
     EXPECT_EQ(tracks.back()->coding, EssenceTrackInfo::CODING_AUDIO_TWOS);
-    EXPECT_EQ(drain(pipe).records.at(tracks.front()->trackId).hex(),
+    RecordingEncodePipe drained;
+    drain(pipe, drained);
+    EXPECT_EQ(drained.records().at(tracks.front()->trackId).hex(),
               digests("xdcamhd422_1080i25").front().md5);
 }
 
@@ -527,19 +342,11 @@ TEST(XDCAMDecodePipe, AnInPointStillReadsTheFileFromItsFirstFrame)
     EssenceTrackInfoList tracks;
     ASSERT_TRUE(pipe.load(tracks, dictionary()));
     EXPECT_EQ(pipe.clipDuration(), 25u) << "no trimming for this format";
-    const Drained drained = drain(pipe);
-    EXPECT_EQ(drained.records.at(tracks.front()->trackId).samples, 25u);
-    EXPECT_EQ(drained.records.at(tracks.front()->trackId).hex(),
+    RecordingEncodePipe drained;
+    drain(pipe, drained);
+    EXPECT_EQ(drained.records().at(tracks.front()->trackId).samples, 25u);
+    EXPECT_EQ(drained.records().at(tracks.front()->trackId).hex(),
               digests("xdcamhd422_1080i25").front().md5);
-}
-
-TEST(XDCAMDecodePipe, TheEndOfTheEssenceIsTraced)
-{
-    Lines lines;
-    Loaded loaded("imx50_625");
-    ASSERT_TRUE(loaded.ok);
-    drain(loaded.pipe);
-    EXPECT_TRUE(lines.has(0, L"Finished read essence. No more data."));
 }
 
 // Clips found by UMID through a MediaProfile: a clip, and a take of two clips, of which only the
@@ -568,7 +375,9 @@ TEST(XDCAMDecodePipe, InputByUmidReadsTheClipsFiles)
     EssenceTrackInfoList tracks;
     ASSERT_TRUE(clip.load(tracks, dictionary()));
     EXPECT_EQ(tracks.size(), 9u);
-    EXPECT_EQ(drain(clip).records.at(tracks.front()->trackId).hex(),
+    RecordingEncodePipe first;
+    drain(clip, first);
+    EXPECT_EQ(first.records().at(tracks.front()->trackId).hex(),
               digests("xdcamhd422_1080i25").front().md5);
 
     XDCAMDecodePipe take;
@@ -577,10 +386,11 @@ TEST(XDCAMDecodePipe, InputByUmidReadsTheClipsFiles)
     ASSERT_TRUE(take.load(tracks, dictionary()));
     EXPECT_EQ(take.clipDuration(), 75u) << "50 + 25 frames";
     EXPECT_EQ(take.inputFiles().fileNames().size(), 2u);
-    const Drained drained = drain(take);
-    EXPECT_EQ(drained.records.at(tracks.front()->trackId).hex(),
+    RecordingEncodePipe drained;
+    drain(take, drained);
+    EXPECT_EQ(drained.records().at(tracks.front()->trackId).hex(),
               digests("xdcamhd422_720p50").front().md5);
-    EXPECT_EQ(drained.records.at(tracks.front()->trackId).samples, 50u);
+    EXPECT_EQ(drained.records().at(tracks.front()->trackId).samples, 50u);
 }
 
 // What the host is told, code and text, for each way a job can fail before its first sample.
@@ -590,17 +400,18 @@ TEST(XDCAMDecodePipe, FailuresGiveTheirCodesAndTexts)
     RecordingEncodePipe encoder;
     {
         XDCAMDecodePipe pipe;
-        const JobResult result = runJob(pipe, encoder);
-        EXPECT_EQ(result.code, 4);
+        JobTranscoder result;
+        EXPECT_EQ(runJob(result, pipe, encoder), KEPTranscoder::Failed);
+        EXPECT_EQ(result.code, ERROR_INPUT_NOT_SET);
         EXPECT_EQ(result.text, L"Decoder pipe input file path is not set.");
-        EXPECT_EQ(result.state, KEPTranscoder::Failed);
     }
     {
         // The file cannot be opened: the toolkit's exception, reported as an analysis error.
         XDCAMDecodePipe pipe;
         pipe.setInputFile(dir.file(L"missing.mxf").c_str(), L"", 0);
-        const JobResult result = runJob(pipe, encoder);
-        EXPECT_EQ(result.code, 9);
+        JobTranscoder result;
+        runJob(result, pipe, encoder);
+        EXPECT_EQ(result.code, ERROR_ANALYZING_INPUT);
         EXPECT_THAT(result.text, StartsWith(L"Error while analyzing input file.-> "));
         EXPECT_THAT(result.text, HasSubstr(L"Error opening: '" + dir.file(L"missing.mxf") + L"'."));
     }
@@ -611,8 +422,9 @@ TEST(XDCAMDecodePipe, FailuresGiveTheirCodesAndTexts)
         pipe.setInPoint(30, 0);
         pipe.setDuration(5, 5);
         ASSERT_TRUE(pipe.useInOutPoint());
-        const JobResult result = runJob(pipe, encoder);
-        EXPECT_EQ(result.code, 8);
+        JobTranscoder result;
+        runJob(result, pipe, encoder);
+        EXPECT_EQ(result.code, ERROR_LOADING_INPUT);
         EXPECT_EQ(result.text, L"Failed to load input file.");
     }
     for (const std::string& name :
@@ -621,45 +433,33 @@ TEST(XDCAMDecodePipe, FailuresGiveTheirCodesAndTexts)
         SCOPED_TRACE(name);
         XDCAMDecodePipe pipe;
         pipe.setInputFile(fixture(name).c_str(), L"", 0);
-        const JobResult result = runJob(pipe, encoder);
-        EXPECT_EQ(result.code, 9);
+        JobTranscoder result;
+        runJob(result, pipe, encoder);
+        EXPECT_EQ(result.code, ERROR_ANALYZING_INPUT);
         EXPECT_THAT(result.text, StartsWith(L"Error while analyzing input file.-> "));
         EXPECT_GT(result.text.size(), std::wstring(L"Error while analyzing input file.-> ").size());
     }
     {
         XDCAMDecodePipe pipe;
         pipe.setInputFile(asDataTracks(dir, "xdcamhd422_1080i25", {1, 2}).c_str(), L"", 0);
-        const JobResult result = runJob(pipe, encoder);
-        EXPECT_EQ(result.code, 10);
+        JobTranscoder result;
+        runJob(result, pipe, encoder);
+        EXPECT_EQ(result.code, ERROR_NO_ESSENCE_TRACKS);
         EXPECT_EQ(result.text,
                   L"Input mxf file contains no valid essence tracks to perform transcoding.");
     }
-    EXPECT_EQ(encoder.starts(), 0);
-}
-
-// A MediaProfile whose clip files are not on the card, and UMIDs it doesn't know.
-TEST(XDCAMDecodePipe, UmidsThatLeadNowhere)
-{
-    Lines lines;
-    const std::wstring profile = fixture("sidecars/BPAV/MEDIAPRO.XML");
-    RecordingEncodePipe encoder;
     {
+        // A MediaProfile whose clip files are not on the card.
         XDCAMDecodePipe pipe;
-        ASSERT_TRUE(pipe.setInputUmid(
-            profile.c_str(), L"060A2B340101010501010D43130000007A3C51D2114805D8080046020211A2B3"));
-        const JobResult result = runJob(pipe, encoder);
-        EXPECT_EQ(result.code, 9);
+        ASSERT_TRUE(
+            pipe.setInputUmid(fixture("sidecars/BPAV/MEDIAPRO.XML").c_str(),
+                              L"060A2B340101010501010D43130000007A3C51D2114805D8080046020211A2B3"));
+        JobTranscoder result;
+        runJob(result, pipe, encoder);
+        EXPECT_EQ(result.code, ERROR_ANALYZING_INPUT);
         EXPECT_THAT(result.text, StartsWith(L"Error while analyzing input file.-> "));
         EXPECT_THAT(result.text, HasSubstr(L"Error opening: "));
         EXPECT_THAT(result.text, HasSubstr(L"BPAV/./CLPR/100_0001_01/100_0001_01.MP4"));
     }
-    const std::wstring unknown =
-        L"060A2B340101010501010D4313000000FFFFFFFF114805D8080046020211A2B3";
-    XDCAMDecodePipe pipe;
-    EXPECT_FALSE(pipe.setInputUmid(profile.c_str(), unknown.c_str()));
-    EXPECT_TRUE(lines.has(3, L"Unable to retrieve uri in material node for umid: " + unknown));
-    EXPECT_TRUE(lines.has(0, L"Unable to retrieve file associated to umid: " + unknown));
-    EXPECT_FALSE(pipe.isInputSet());
-    const JobResult result = runJob(pipe, encoder);
-    EXPECT_EQ(result.code, 4);
+    EXPECT_EQ(encoder.starts(), 0);
 }

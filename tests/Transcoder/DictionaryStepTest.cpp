@@ -164,7 +164,7 @@ TEST(TranscoderDictionaryStep, ReportsAFileThatIsNoDictionaryAsCode9AndReadsAGoo
         EXPECT_EQ(job.state, KEPTranscoder::Failed);
         const std::vector<Event> errors = job.errors();
         ASSERT_EQ(errors.size(), std::size_t(jobs));
-        EXPECT_EQ(errors.back().code, 9);
+        EXPECT_EQ(errors.back().code, ERROR_ANALYZING_INPUT);
         EXPECT_EQ(errors.back().text, L"Error while analyzing input file.-> " + fault.detail);
     }
     // Nothing was loaded from the clip and nothing started, but the encode pipe was told to abort.

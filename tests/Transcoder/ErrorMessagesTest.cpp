@@ -7,22 +7,36 @@
 
 using KEP::Halvorn::ErrorMessages;
 
+// The numbers are what hosts are given, so each name is pinned to its number here, once.
 TEST(ErrorMessages, GivesTheEnglishTextOfEveryCodeAndAFallback)
 {
+    using namespace KEP::Halvorn;
+    const struct
+    {
+        ErrorCode code;
+        int number;
+        const wchar_t* text;
+    } codes[] = {
+        {ERROR_TRANSCODING, 2, L"Unknown error while transcoding."},
+        {ERROR_GENERATING_FILES, 3, L"Error received while generating files."},
+        {ERROR_INPUT_NOT_SET, 4, L"Decoder pipe input file path is not set."},
+        {ERROR_OUTPUT_NOT_SET, 5, L"Encoder pipe output file path is not set."},
+        {ERROR_LOADING_DICTIONARY, 6, L"Error while loading the dictionary."},
+        {ERROR_NO_DICTIONARY_FILE, 7,
+         L"Error while loading the dictionary. No dictionary file was set in KEPModule."},
+        {ERROR_LOADING_INPUT, 8, L"Failed to load input file."},
+        {ERROR_ANALYZING_INPUT, 9, L"Error while analyzing input file."},
+        {ERROR_NO_ESSENCE_TRACKS, 10,
+         L"Input mxf file contains no valid essence tracks to perform transcoding."},
+        {ERROR_UNSUPPORTED_CODING, 11, L"Input mp4 file contains a not supported coding type."},
+        {ERROR_WRAPPING, 12, L"Error while wrapping essence."},
+    };
     ErrorMessages& messages = ErrorMessages::instance();
-    EXPECT_STREQ(messages.text(2), L"Unknown error while transcoding.");
-    EXPECT_STREQ(messages.text(3), L"Error received while generating files.");
-    EXPECT_STREQ(messages.text(4), L"Decoder pipe input file path is not set.");
-    EXPECT_STREQ(messages.text(5), L"Encoder pipe output file path is not set.");
-    EXPECT_STREQ(messages.text(6), L"Error while loading the dictionary.");
-    EXPECT_STREQ(messages.text(7),
-                 L"Error while loading the dictionary. No dictionary file was set in KEPModule.");
-    EXPECT_STREQ(messages.text(8), L"Failed to load input file.");
-    EXPECT_STREQ(messages.text(9), L"Error while analyzing input file.");
-    EXPECT_STREQ(messages.text(10),
-                 L"Input mxf file contains no valid essence tracks to perform transcoding.");
-    EXPECT_STREQ(messages.text(11), L"Input mp4 file contains a not supported coding type.");
-    EXPECT_STREQ(messages.text(12), L"Error while wrapping essence.");
+    for (const auto& c : codes)
+    {
+        EXPECT_EQ(static_cast<int>(c.code), c.number);
+        EXPECT_STREQ(messages.text(c.number), c.text) << c.number;
+    }
     for (const int unknown : {0, 1, 13, -1, 1000})
         EXPECT_STREQ(messages.text(unknown), L"Unknown error occurred.") << unknown;
 }
@@ -30,18 +44,21 @@ TEST(ErrorMessages, GivesTheEnglishTextOfEveryCodeAndAFallback)
 TEST(ErrorMessages, ReplaceChangesTheTextOfOneCode)
 {
     ErrorMessages& messages = ErrorMessages::instance();
-    const std::wstring english = messages.text(4);
+    const std::wstring english = messages.text(KEP::Halvorn::ERROR_INPUT_NOT_SET);
     {
         const std::lock_guard lock(messages.mutex());
-        messages.replace(4, L"Le chemin du fichier d'entr\u00e9e n'est pas d\u00e9fini.");
+        messages.replace(KEP::Halvorn::ERROR_INPUT_NOT_SET,
+                         L"Le chemin du fichier d'entr\u00e9e n'est pas d\u00e9fini.");
     }
-    EXPECT_STREQ(messages.text(4), L"Le chemin du fichier d'entr\u00e9e n'est pas d\u00e9fini.");
-    EXPECT_STREQ(messages.text(5), L"Encoder pipe output file path is not set.");
+    EXPECT_STREQ(messages.text(KEP::Halvorn::ERROR_INPUT_NOT_SET),
+                 L"Le chemin du fichier d'entr\u00e9e n'est pas d\u00e9fini.");
+    EXPECT_STREQ(messages.text(KEP::Halvorn::ERROR_OUTPUT_NOT_SET),
+                 L"Encoder pipe output file path is not set.");
     {
         const std::lock_guard lock(messages.mutex());
-        messages.replace(4, english.c_str());
+        messages.replace(KEP::Halvorn::ERROR_INPUT_NOT_SET, english.c_str());
     }
-    EXPECT_EQ(messages.text(4), english);
+    EXPECT_EQ(messages.text(KEP::Halvorn::ERROR_INPUT_NOT_SET), english);
 }
 
 TEST(ErrorMessages, KeepsTheTextsWhenALanguageFileCannotBeRead)
@@ -50,7 +67,8 @@ TEST(ErrorMessages, KeepsTheTextsWhenALanguageFileCannotBeRead)
     RecordingLogger logger;
     ScopedLogger installed(logger);
     EXPECT_FALSE(KEPModule::instance().setErrorCodesFile(L"/nonexistent/halvorn-language.xml"));
-    EXPECT_STREQ(ErrorMessages::instance().text(4), L"Decoder pipe input file path is not set.");
+    EXPECT_STREQ(ErrorMessages::instance().text(KEP::Halvorn::ERROR_INPUT_NOT_SET),
+                 L"Decoder pipe input file path is not set.");
     ASSERT_EQ(logger.lines().size(), 1u);
     EXPECT_EQ(logger.lines()[0].level, 1);
     EXPECT_EQ(logger.lines()[0].text,

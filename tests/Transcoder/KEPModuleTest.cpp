@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <thread>
 
 using namespace Halvorn::Test;
 using ::testing::ElementsAre;
@@ -43,4 +44,28 @@ TEST(KEPModule, KeepsItsOwnCopyOfTheDictionaryPath)
     module.mxfBinaryDictionary(nullptr);
     ASSERT_NE(module.mxfBinaryDictionary(), nullptr);
     EXPECT_STREQ(module.mxfBinaryDictionary(), L"");
+}
+
+// A path read on one thread while another sets paths of other lengths: what was handed out must
+// stay readable (ASan and TSan see a freed or raced buffer).
+TEST(KEPModule, AHandedOutDictionaryPathSurvivesAConcurrentSet)
+{
+    KEPModule& module = KEPModule::instance();
+    const std::wstring shortPath = L"/d.bin";
+    const std::wstring longPath = L"/a/dictionary/path/long/enough/to/leave/the/small/buffer.bin";
+    module.mxfBinaryDictionary(shortPath.c_str());
+    std::thread setter(
+        [&]
+        {
+            for (int i = 0; i < 20000; ++i)
+                module.mxfBinaryDictionary((i % 2 != 0 ? shortPath : longPath).c_str());
+        });
+    int bad = 0;
+    for (int i = 0; i < 20000; ++i)
+    {
+        const std::wstring seen = module.mxfBinaryDictionary();
+        bad += seen != shortPath && seen != longPath;
+    }
+    setter.join();
+    EXPECT_EQ(bad, 0);
 }

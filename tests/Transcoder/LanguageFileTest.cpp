@@ -16,19 +16,15 @@ namespace
 
 const std::wstring UNKNOWN = L"Unknown error occurred.";
 
-const std::map<int, std::wstring> ENGLISH = {
-    {2, L"Unknown error while transcoding."},
-    {3, L"Error received while generating files."},
-    {4, L"Decoder pipe input file path is not set."},
-    {5, L"Encoder pipe output file path is not set."},
-    {6, L"Error while loading the dictionary."},
-    {7, L"Error while loading the dictionary. No dictionary file was set in KEPModule."},
-    {8, L"Failed to load input file."},
-    {9, L"Error while analyzing input file."},
-    {10, L"Input mxf file contains no valid essence tracks to perform transcoding."},
-    {11, L"Input mp4 file contains a not supported coding type."},
-    {12, L"Error while wrapping essence."},
-};
+// The English texts as the catalogue holds them before any file is read (ErrorMessagesTest holds
+// them against their codes).
+const std::map<int, std::wstring> ENGLISH = []
+{
+    std::map<int, std::wstring> english;
+    for (int code = ERROR_TRANSCODING; code <= ERROR_WRAPPING; ++code)
+        english[code] = ErrorMessages::instance().text(code);
+    return english;
+}();
 
 std::wstring languageFile(const std::string& name)
 {
@@ -78,29 +74,33 @@ TEST(LanguageFile, OverlaysOnlyTheCodesOneToTwelveThatItHolds)
     // Beside code 4 it holds codes 0 and 13, "04", and a code 5 outside ErrorCodes.
     const std::wstring only4 = languageFile("language/id-4-only.xml");
     EXPECT_TRUE(setErrorCodesFile(only4));
-    expectTexts({{4, L"No input file was chosen for the decoder."}});
+    expectTexts({{ERROR_INPUT_NOT_SET, L"No input file was chosen for the decoder."}});
     ASSERT_EQ(logger.lines().size(), 1u);
     EXPECT_EQ(logger.lines()[0].level, 1);
     EXPECT_EQ(logger.lines()[0].text, L"Setting messages language according to file: " + only4);
 
     // Each file overlays what the ones before it left.
     EXPECT_TRUE(setErrorCodesFile(languageFile("language/empty-message.xml")));
-    expectTexts({{4, L"No input file was chosen for the decoder."}, {6, L""}});
+    expectTexts({{ERROR_INPUT_NOT_SET, L"No input file was chosen for the decoder."},
+                 {ERROR_LOADING_DICTIONARY, L""}});
     EXPECT_TRUE(setErrorCodesFile(languageFile("language/missing-attributes.xml")));
-    expectTexts({{4, L"No input file was chosen for the decoder."},
-                 {6, L""},
-                 {10, L"The MXF file holds no track that can be transcoded."}});
+    expectTexts(
+        {{ERROR_INPUT_NOT_SET, L"No input file was chosen for the decoder."},
+         {ERROR_LOADING_DICTIONARY, L""},
+         {ERROR_NO_ESSENCE_TRACKS, L"The MXF file holds no track that can be transcoded."}});
     EXPECT_TRUE(setErrorCodesFile(languageFile("language/wrong-root.xml")));
-    expectTexts({{4, L"No input file was chosen for the decoder."},
-                 {6, L""},
-                 {10, L"The MXF file holds no track that can be transcoded."}});
+    expectTexts(
+        {{ERROR_INPUT_NOT_SET, L"No input file was chosen for the decoder."},
+         {ERROR_LOADING_DICTIONARY, L""},
+         {ERROR_NO_ESSENCE_TRACKS, L"The MXF file holds no track that can be transcoded."}});
 
     backToEnglish();
     EXPECT_TRUE(setErrorCodesFile(languageFile("language/fr.xml")));
     expectTexts({
         {1, L"Erreur inconnue."},
-        {4, L"Le chemin du fichier d'entr\u00e9e du d\u00e9codeur n'est pas d\u00e9fini."},
-        {8, L"\u00c9chec du chargement du fichier d'entr\u00e9e."},
+        {ERROR_INPUT_NOT_SET,
+         L"Le chemin du fichier d'entr\u00e9e du d\u00e9codeur n'est pas d\u00e9fini."},
+        {ERROR_LOADING_INPUT, L"\u00c9chec du chargement du fichier d'entr\u00e9e."},
     });
     EXPECT_EQ(logger.lines().size(), 5u);
 }
@@ -109,10 +109,12 @@ TEST(LanguageFile, ReadsNonLatinTextsBackExactly)
 {
     const std::map<int, std::wstring> japanese = {
         {1, L"\u4e0d\u660e\u306a\u30a8\u30e9\u30fc\u3067\u3059\u3002"},
-        {4, L"\u30c7\u30b3\u30fc\u30c0\u30fc\u306e\u5165\u529b\u30d5\u30a1\u30a4\u30eb\u30d1\u30b9"
-            L"\u304c\u8a2d\u5b9a\u3055\u308c\u3066\u3044\u307e\u305b\u3093\u3002"},
-        {9, L"\u5165\u529b\u30d5\u30a1\u30a4\u30eb\u306e\u89e3\u6790\u4e2d\u306b\u30a8\u30e9\u30fc"
-            L"\u304c\u767a\u751f\u3057\u307e\u3057\u305f\u3002"},
+        {ERROR_INPUT_NOT_SET,
+         L"\u30c7\u30b3\u30fc\u30c0\u30fc\u306e\u5165\u529b\u30d5\u30a1\u30a4\u30eb\u30d1\u30b9"
+         L"\u304c\u8a2d\u5b9a\u3055\u308c\u3066\u3044\u307e\u305b\u3093\u3002"},
+        {ERROR_ANALYZING_INPUT,
+         L"\u5165\u529b\u30d5\u30a1\u30a4\u30eb\u306e\u89e3\u6790\u4e2d\u306b\u30a8\u30e9\u30fc"
+         L"\u304c\u767a\u751f\u3057\u307e\u3057\u305f\u3002"},
     };
     backToEnglish();
     EXPECT_TRUE(setErrorCodesFile(languageFile("language/ja.xml")));
@@ -125,7 +127,7 @@ TEST(LanguageFile, ReadsNonLatinTextsBackExactly)
     // UTF-8 bytes under a Latin-1 declaration: the declaration wins, so "é" reads as two letters.
     backToEnglish();
     EXPECT_TRUE(setErrorCodesFile(languageFile("language/declared-latin1.xml")));
-    expectTexts({{4, L"Entr\u00c3\u00a9e manquante."}});
+    expectTexts({{ERROR_INPUT_NOT_SET, L"Entr\u00c3\u00a9e manquante."}});
 }
 
 TEST(LanguageFile, AFileThatCannotBeReadGivesFalseAndKeepsTheTexts)
@@ -161,7 +163,7 @@ TEST(LanguageFile, AFileThatCannotBeReadGivesFalseAndKeepsTheTexts)
     {
         logger.clear();
         EXPECT_FALSE(setErrorCodesFile(path)) << path;
-        expectTexts({{4, L"No input file was chosen for the decoder."}});
+        expectTexts({{ERROR_INPUT_NOT_SET, L"No input file was chosen for the decoder."}});
         EXPECT_THAT(logger.texts(), ::testing::ElementsAre(
                                         L"Setting messages language according to file: " + path));
     }
@@ -196,7 +198,7 @@ TEST(LanguageFile, NeverReadsExternalEntitiesOrDtds)
         backToEnglish();
         std::ofstream(dir.path() / "language.xml") << "<?xml version=\"1.0\"?>" << doctype << body;
         if (setErrorCodesFile(dir.file(L"language.xml")))
-            expectTexts({{5, L"five"}});
+            expectTexts({{ERROR_OUTPUT_NOT_SET, L"five"}});
         else
             expectTexts({});
     }
@@ -207,6 +209,6 @@ TEST(LanguageFile, NeverReadsExternalEntitiesOrDtds)
         << "<?xml version=\"1.0\"?><!DOCTYPE KEP_Halvorn [" << declaration << "]>"
         << "<KEP_Halvorn><ErrorCodes><ErrorCode id=\"4\"/></ErrorCodes></KEP_Halvorn>";
     EXPECT_TRUE(setErrorCodesFile(dir.file(L"language.xml")));
-    expectTexts({{4, wideMarker}});
+    expectTexts({{ERROR_INPUT_NOT_SET, wideMarker}});
     backToEnglish();
 }

@@ -7,6 +7,7 @@
 #include "KEP/Halvorn/KEPModule.h"
 #include "KEP/Halvorn/KEPTranscoder.h"
 #include "TestSupport.h"
+#include "Transcoder/ErrorMessages.h"
 #include "Transcoder/Sample.h"
 
 #include <atomic>

@@ -300,18 +300,18 @@ TEST(MxfInspectKlv, BadInputGivesOneLineOnStderrAndANonZeroExit)
         {"no file", {"klv"}, 2, "usage"},
         {"two files", {"klv", "a", "b"}, 2, "usage"},
         {"missing file", {"klv", (dir.path() / "missing.mxf").string()}, 2, "Error opening"},
-        {"a directory", {"klv", dir.path().string()}, 2, "mxf-inspect"},
-        {"empty file", {"klv", write("empty.mxf", "")}, 1, "no KLV item"},
-        {"no key at all", {"klv", write("text.mxf", std::string(5000, 'x'))}, 1, "5000 bytes at 0"},
+        {"a directory", {"klv", dir.path().string()}, 2, "is a directory"},
+        {"empty file", {"klv", write("empty.mxf", "")}, 2, "no KLV item"},
+        {"no key at all", {"klv", write("text.mxf", std::string(5000, 'x'))}, 2, "5000 bytes at 0"},
         {"indefinite length",
          {"klv", write("ber80.mxf", key + "\x80" + "abc")},
-         1,
+         2,
          "Invalid BER size: 0x80"},
         {"huge length",
          {"klv", write("huge.mxf", key + "\x88\xff\xff\xff\xff\xff\xff\xff\xff" + "abc")},
          1,
          "declares 18446744073709551615 bytes"},
-        {"key cut short", {"klv", write("cut.mxf", key.substr(0, 9))}, 1, "9 bytes at 0"},
+        {"key cut short", {"klv", write("cut.mxf", key.substr(0, 9))}, 2, "9 bytes at 0"},
     };
     for (const auto& c : cases)
     {

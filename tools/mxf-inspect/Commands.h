@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Halvorn::Inspect
@@ -23,6 +24,16 @@ enum Status
 // A subcommand gets the arguments after its name, writes its report to `out` and at most one
 // line to `err`, and returns a Status.
 using Command = int (*)(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+
+// Error lines give the expression of a failed check too (-v).
+void setVerboseErrors(bool verbose);
+
+// A failure's text as a user reads it: the message, without the source expression of the check
+// that failed unless errors are verbose.
+std::string userText(std::string_view what);
+
+// One line on `err` naming the file and what is wrong with it; FAILED.
+int fileFailure(const std::string& path, std::string_view what, std::ostream& err);
 
 // The file at `path`, opened; null after the reason on `err`.
 std::unique_ptr<MXF::SDK::DataIO::File::FileDataSource> openFile(const std::string& path,

@@ -86,25 +86,13 @@ bool isAES3(MXFIO::ContentStorageReader& storage, const MXFIO::EssenceReader::Tr
     return true;
 }
 
-} // namespace
-
-int essenceCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
+// The tracks the options ask for, each into its file.
+int writeTracks(const Options& options, std::unique_ptr<DataIO::File::FileDataSource> file,
+                std::ostream& out, std::ostream& err)
 {
-    Options options;
-    if (!parse(args, options))
-    {
-        err << "usage: mxf-inspect " << ESSENCE_USAGE << "\n";
-        return FAILED;
-    }
-    auto file = openFile(options.file, err);
-    if (!file)
-        return FAILED;
     ClipEssence clip(std::move(file), options.maxSkip);
     if (clip.essence == nullptr)
-    {
-        err << "mxf-inspect: " << options.file << ": no material package\n";
-        return FAILED;
-    }
+        return fileFailure(options.file, "no material package", err);
     MXFIO::ContentStorageReader& storage = *clip.storage;
     MXFIO::EssenceReader& essence = *clip.essence;
     storage.seeker().ignoreIndex(options.noIndex);
@@ -146,12 +134,31 @@ int essenceCommand(const std::vector<std::string>& args, std::ostream& out, std:
             << " bytes to " << path << "\n";
         ++written;
     }
-    if (written == 0)
+    return written == 0 ? fileFailure(options.file, "no track " + options.track, err) : CLEAN;
+}
+
+} // namespace
+
+int essenceCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
+{
+    Options options;
+    if (!parse(args, options))
     {
-        err << "mxf-inspect: " << options.file << ": no track " << options.track << "\n";
+        err << "usage: mxf-inspect " << ESSENCE_USAGE << "\n";
         return FAILED;
     }
-    return CLEAN;
+    auto file = openFile(options.file, err);
+    if (!file)
+        return FAILED;
+    try
+    {
+        return writeTracks(options, std::move(file), out, err);
+    }
+    catch (const std::exception& e)
+    {
+        out.flush();
+        return fileFailure(options.file, e.what(), err);
+    }
 }
 
 } // namespace Halvorn::Inspect

@@ -99,7 +99,7 @@ void printTrackSummaries(const std::string& path, std::ostream& out, std::ostrea
     }
     catch (const Exceptions::BaseException& e)
     {
-        out << "no track summary: " << e.what() << "\n";
+        out << "no track summary: " << userText(e.what()) << "\n";
     }
 }
 
@@ -115,29 +115,49 @@ int indexCommand(const std::vector<std::string>& args, std::ostream& out, std::o
     MXFIO::Reader2 reader(source, std::make_shared<MetaMetadata::Dictionary>(), 65536);
     std::map<std::pair<Platform::UInt32, Platform::UInt32>, Table> tables;
     std::string damage;
+    bool partitionFound = false;
     try
     {
         for (MXFIO::Partition* partition = reader.headerPartition(); partition != nullptr;
              partition = reader.nextPartition(*partition))
+        {
+            partitionFound = true;
             while (std::unique_ptr<KLV::KLVItem> item = partition->nextIndexSegment())
             {
                 const Platform::UInt64 at = item->keyPosition;
                 const IndexTables::IndexTableSegment segment(*item);
                 out << "segment at " << at << " (partition " << partition->offset() << ")\n";
                 printSegment(segment, out);
+                const long long start = segment.indexStartPosition().value();
+                long long end = 0;
+                // Both numbers come from the file.
+                if (__builtin_add_overflow(start, segment.indexDuration().value(), &end))
+                {
+                    if (damage.empty())
+                        damage = "index segment at " + std::to_string(at) + ": start " +
+                                 std::to_string(start) + " and duration " +
+                                 std::to_string(segment.indexDuration().value()) +
+                                 " end past the largest position";
+                    continue;
+                }
                 Table& table = tables[{segment.hasIndexSID() ? segment.indexSID().value() : 0,
                                        segment.bodySID().value()}];
                 ++table.segments;
-                const long long start = segment.indexStartPosition().value();
                 table.first = table.first < 0 ? start : std::min(table.first, start);
-                table.end = std::max(table.end, start + segment.indexDuration().value());
+                table.end = std::max(table.end, end);
                 table.entries += segment.indexEntryCount();
             }
+        }
     }
     catch (const Exceptions::BaseException& e)
     {
+        // Not even a header partition: nothing of the file could be read.
+        if (!partitionFound)
+            return fileFailure(args[0], e.what(), err);
         damage = e.what();
     }
+    if (!partitionFound)
+        return fileFailure(args[0], "No header partition found", err);
     for (const auto& [sids, table] : tables)
         out << "index SID " << sids.first << ", body SID " << sids.second << ": " << table.segments
             << " segments, edit units " << table.first << " to " << table.end << ", "

@@ -14,7 +14,8 @@ int klvCommand(const std::vector<std::string>& args, std::ostream& out, std::ost
     const KlvWalkResult result = walkKlv(*file, out);
     out << result.items << " items\n";
     out.flush();
-    return walkStatus(args[0], result.damage, result.failed, err);
+    // Without a single item the file is no KLV at all: unreadable, not damaged.
+    return walkStatus(args[0], result.damage, result.failed || result.items == 0, err);
 }
 
 } // namespace Halvorn::Inspect

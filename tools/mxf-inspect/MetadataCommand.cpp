@@ -100,8 +100,7 @@ int metadataCommand(const std::vector<std::string>& args, std::ostream& out, std
     }
     catch (const Exceptions::BaseException& e)
     {
-        err << "mxf-inspect: " << parsed->dictionary << ": " << e.what() << "\n";
-        return FAILED;
+        return fileFailure(parsed->dictionary, e.what(), err);
     }
 
     // Damage elsewhere in the file is the partitions subcommand's business, not this one's.
@@ -116,7 +115,8 @@ int metadataCommand(const std::vector<std::string>& args, std::ostream& out, std
             err << "mxf-inspect: " << path << ": no partition pack at " << *at << "\n";
             return FAILED;
         }
-        return walkStatus(path, "no " + parsed->partition + " partition", false, err);
+        return walkStatus(path, "no " + parsed->partition + " partition", partitions.packs.empty(),
+                          err);
     }
     const std::string partition =
         std::string(kindName(found->pack)) + " partition at " + std::to_string(found->offset);

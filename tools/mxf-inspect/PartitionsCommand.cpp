@@ -13,7 +13,8 @@ int partitionsCommand(const std::vector<std::string>& args, std::ostream& out, s
         return FAILED;
     const PartitionsWalkResult result = walkPartitions(*file, out);
     out.flush();
-    return walkStatus(args[0], result.damage, result.failed, err);
+    // Without a single partition pack the file is no MXF at all: unreadable, not damaged.
+    return walkStatus(args[0], result.damage, result.failed || result.packs.empty(), err);
 }
 
 } // namespace Halvorn::Inspect

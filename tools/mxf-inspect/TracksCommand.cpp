@@ -125,6 +125,54 @@ void printTrack(const EssenceTrackInfo& track, std::ostream& out)
     out << " file=" << Platform::toUtf8(track.fileName) << "\n";
 }
 
+// The clip's files, marks and track descriptors as the XDCAM pipe finds them.
+int describeClip(const Arguments& parsed, const std::string& input,
+                 const std::shared_ptr<MetaMetadata::Dictionary>& dictionary, std::ostream& out,
+                 std::ostream& err)
+{
+    XDCAMDecodePipe pipe;
+    const std::wstring umid = Platform::fromUtf8(parsed.umid);
+    if (parsed.file.empty())
+    {
+        if (!pipe.setInputUmid(Platform::fromUtf8(parsed.mediaProfile).c_str(), umid.c_str()))
+            return fileFailure(input, "no clip with its files and sidecar for umid " + parsed.umid,
+                               err);
+    }
+    else
+        pipe.setInputFile(Platform::fromUtf8(parsed.file).c_str(), L"", 0);
+
+    KEP::Halvorn::EssenceTrackInfoList tracks;
+    if (!pipe.load(tracks, dictionary))
+    {
+        const int code = pipe.getErrorCode();
+        return fileFailure(input,
+                           Platform::toUtf8(KEP::Halvorn::ErrorMessages::instance().text(code)) +
+                               Platform::toUtf8(code == KEP::Halvorn::ERROR_LOADING_INPUT
+                                                    ? pipe.inputFiles().getErrorMessage()
+                                                    : pipe.getErrorMessage()),
+                           err);
+    }
+    if (!parsed.umid.empty())
+    {
+        out << "clip umid=" << parsed.umid
+            << " sidecar=" << Platform::toUtf8(pipe.xmlMetadataFile())
+            << " start_offset=" << pipe.clipStartOffset() << "\n";
+        for (const std::wstring& name : pipe.inputFiles().fileNames())
+        {
+            const auto file = std::make_shared<DataIO::File::FileDataSource>(name);
+            out << "file frames=" << pipe.createFileBoundsRetriever(file)->duration()
+                << " name=" << Platform::toUtf8(name) << "\n";
+        }
+        for (const auto& [frame, text] : pipe.clipMaterials())
+            out << "mark frame=" << frame << " text=" << Platform::toUtf8(text) << "\n";
+    }
+    for (const auto& track : tracks)
+        printTrack(*track, out);
+    out << "clip duration=" << pipe.clipDuration()
+        << " start=" << startTimecode(pipe.firstInputFile(), dictionary) << "\n";
+    return CLEAN;
+}
+
 } // namespace
 
 int tracksCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
@@ -142,54 +190,22 @@ int tracksCommand(const std::vector<std::string>& args, std::ostream& out, std::
     }
     catch (const Exceptions::BaseException& e)
     {
-        err << "mxf-inspect: " << parsed->dictionary << ": " << e.what() << "\n";
-        return FAILED;
+        return fileFailure(parsed->dictionary, e.what(), err);
     }
 
-    XDCAMDecodePipe pipe;
-    const std::wstring umid = Platform::fromUtf8(parsed->umid);
-    if (parsed->file.empty())
-    {
-        if (!pipe.setInputUmid(Platform::fromUtf8(parsed->mediaProfile).c_str(), umid.c_str()))
-        {
-            err << "mxf-inspect: " << parsed->mediaProfile << ": no clip with its files and "
-                << "sidecar for umid " << parsed->umid << "\n";
-            return FAILED;
-        }
-    }
-    else
-        pipe.setInputFile(Platform::fromUtf8(parsed->file).c_str(), L"", 0);
-
-    KEP::Halvorn::EssenceTrackInfoList tracks;
-    if (!pipe.load(tracks, dictionary))
-    {
-        const int code = pipe.getErrorCode();
-        err << "mxf-inspect: error " << code << ": "
-            << Platform::toUtf8(KEP::Halvorn::ErrorMessages::instance().text(code))
-            << Platform::toUtf8(code == 8 ? pipe.inputFiles().getErrorMessage()
-                                          : pipe.getErrorMessage())
-            << "\n";
+    // A clip file that can't be opened is told as every subcommand tells it.
+    const std::string& input = parsed->file.empty() ? parsed->mediaProfile : parsed->file;
+    if (!parsed->file.empty() && openFile(parsed->file, err) == nullptr)
         return FAILED;
-    }
-    if (!parsed->umid.empty())
+    try
     {
-        out << "clip umid=" << parsed->umid
-            << " sidecar=" << Platform::toUtf8(pipe.xmlMetadataFile())
-            << " start_offset=" << pipe.clipStartOffset() << "\n";
-        for (const std::wstring& name : pipe.inputFiles().fileNames())
-        {
-            const auto file = std::make_shared<DataIO::File::FileDataSource>(name);
-            out << "file frames=" << pipe.createFileBoundsRetriever(file)->duration()
-                << " name=" << Platform::toUtf8(name) << "\n";
-        }
-        for (const auto& [frame, text] : pipe.clipMaterials())
-            out << "mark frame=" << frame << " text=" << Platform::toUtf8(text) << "\n";
+        return describeClip(*parsed, input, dictionary, out, err);
     }
-    for (const auto& track : tracks)
-        printTrack(*track, out);
-    out << "clip duration=" << pipe.clipDuration()
-        << " start=" << startTimecode(pipe.firstInputFile(), dictionary) << "\n";
-    return CLEAN;
+    catch (const std::exception& e)
+    {
+        out.flush();
+        return fileFailure(input, e.what(), err);
+    }
 }
 
 } // namespace Halvorn::Inspect

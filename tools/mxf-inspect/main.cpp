@@ -2,7 +2,9 @@
 
 #include <exception>
 #include <iostream>
+#include <string>
 #include <string_view>
+#include <vector>
 
 using namespace Halvorn::Inspect;
 
@@ -27,7 +29,7 @@ constexpr Subcommand SUBCOMMANDS[] = {
 
 int usage()
 {
-    std::cerr << "usage: mxf-inspect";
+    std::cerr << "usage: mxf-inspect [-v]";
     for (const Subcommand& command : SUBCOMMANDS)
         std::cerr << (&command == SUBCOMMANDS ? " " : " | ") << command.usage;
     std::cerr << "\n";
@@ -38,21 +40,27 @@ int usage()
 
 int main(int argc, char** argv)
 {
-    if (argc < 2)
+    // -v, anywhere: error lines keep the expression of the check that failed.
+    std::vector<std::string> args;
+    for (int i = 1; i < argc; ++i)
+        if (std::string_view(argv[i]) == "-v")
+            setVerboseErrors(true);
+        else
+            args.emplace_back(argv[i]);
+    if (args.empty())
         return usage();
-    const std::string_view name = argv[1];
     for (const Subcommand& command : SUBCOMMANDS)
     {
-        if (command.name != name)
+        if (command.name != args.front())
             continue;
         try
         {
-            return command.run({argv + 2, argv + argc}, std::cout, std::cerr);
+            return command.run({args.begin() + 1, args.end()}, std::cout, std::cerr);
         }
         catch (const std::exception& e)
         {
             std::cout.flush();
-            std::cerr << "mxf-inspect: " << e.what() << "\n";
+            std::cerr << "mxf-inspect: " << userText(e.what()) << "\n";
             return FAILED;
         }
     }

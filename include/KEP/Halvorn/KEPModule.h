@@ -23,7 +23,7 @@ public:
 
     // The binary dictionary file that every later transcode loads; the path is copied.
     void mxfBinaryDictionary(const wchar_t* path);
-    // Empty, never null, when none was set. Valid until the next set.
+    // Empty, never null, when none was set. The text stays valid for the life of the process.
     const wchar_t* mxfBinaryDictionary() const;
 
     // Overlays the English error texts with those of an XML language file. Load it before any job.

@@ -100,13 +100,17 @@ EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& pack
             if (clip == nullptr)
                 clip = one;
         }
-        // The file package's track behind the clip gives the element.
+        // The file package's track behind the clip gives the element. The file package's own
+        // tracks are their elements, from the first: their clips lead out of the file.
+        const bool own = &package == &storage.sourcePackage();
         GenericPackage* filePackage =
-            clip->sourcePackageID() != nullptr
+            own ? &package
+            : clip->sourcePackageID() != nullptr
                 ? PackageHelpers::packageByUID(storage.preface(), *clip->sourcePackageID())
                 : nullptr;
         Metadata::Structural::Track* fileTrack =
-            filePackage != nullptr && clip->sourceTrackID() != nullptr
+            own ? generic
+            : filePackage != nullptr && clip->sourceTrackID() != nullptr
                 ? trackByID(*filePackage, clip->sourceTrackID()->value())
                 : nullptr;
         auto* fileTimeline =
@@ -128,7 +132,8 @@ EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& pack
         record.duration = sequence.duration() != nullptr ? sequence.duration()->value() : 0;
         const Types::Rational fileRate =
             fileTimeline->editRate() != nullptr ? *fileTimeline->editRate() : record.editRate;
-        const Int64 start = clip->startPosition() != nullptr ? clip->startPosition()->value() : 0;
+        const Int64 start =
+            !own && clip->startPosition() != nullptr ? clip->startPosition()->value() : 0;
         record.currentPosition = convertPosition(start, record.editRate, fileRate);
         record.reader = storage.elementReader(number);
         if (record.duration <= 0)
@@ -150,6 +155,7 @@ EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& pack
             masterEditPeriod_ = Types::Rational(1, 1);
             masterEditPeriod_ /= record.editRate;
         }
+        starts_.push_back(start);
         tracks_.push_back(std::move(record));
     }
     MXF_SDK_CHECK_AS(!(masterEditPeriod_ == Types::Rational(0, 1)), "!(masterEditPeriod_ == 0)",
@@ -158,8 +164,6 @@ EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& pack
     {
         if (i != leadTrack_)
             order_.push_back(i);
-        const SourceClip& clip = *tracks_[i].clip;
-        starts_.push_back(clip.startPosition() != nullptr ? clip.startPosition()->value() : 0);
         tracks_[i].reader->seek(tracks_[i].currentPosition);
     }
     if (leadTrack_ < tracks_.size())
