@@ -1,7 +1,7 @@
 #include "DecodePipes/EssenceContainerKind.h"
 
 #include "MXF/SDK/Types/UID.h"
-#include "Transcoder/EssenceTrackInfo.h"
+#include "Transcoder/Samples/EssenceTrackInfo.h"
 
 #include <cstring>
 

@@ -4,8 +4,8 @@
 #include "DecodePipes/InputFilesManager.h"
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "TestSupport.h"
-#include "Transcoder/EssenceTrackInfo.h"
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/EssenceTrackInfo.h"
+#include "Transcoder/Samples/Sample.h"
 #include "Transcoder/TranscoderTestSupport.h"
 
 #include <algorithm>

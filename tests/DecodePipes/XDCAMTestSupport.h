@@ -5,8 +5,8 @@
 #include "DecodePipes/XDCAMExpectations.h"
 #include "EncodePipes/BaseEncodePipe.h"
 #include "KEP/Halvorn/KEPCodecPipe.h"
-#include "Transcoder/EssenceTrackInfo.h"
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/EssenceTrackInfo.h"
+#include "Transcoder/Samples/Sample.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/Sample.h"
 
 #include "TranscoderTestSupport.h"
 

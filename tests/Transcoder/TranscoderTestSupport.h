@@ -7,7 +7,7 @@
 #include "KEP/Halvorn/KEPModule.h"
 #include "KEP/Halvorn/KEPTranscoder.h"
 #include "TestSupport.h"
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/Sample.h"
 
 #include <atomic>
 #include <chrono>
