@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MXF/SDK/IndexTables/IndexTableProvider.h"
+#include "MXF/SDK/MXFIO/IndexTableProvider.h"
 #include "MXF/SDK/Platform/Types.h"
 
 #include <map>

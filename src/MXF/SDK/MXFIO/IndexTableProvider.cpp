@@ -1,4 +1,4 @@
-#include "MXF/SDK/IndexTables/IndexTableProvider.h"
+#include "MXF/SDK/MXFIO/IndexTableProvider.h"
 
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KLVItem.h"
