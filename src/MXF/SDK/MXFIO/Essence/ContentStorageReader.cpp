@@ -1,5 +1,6 @@
 #include "MXF/SDK/MXFIO/ContentStorageReader.h"
 
+#include "MXF/SDK/ByteCoders/BigEndian.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KLVItem.h"
 #include "MXF/SDK/KLV/KLVReader.h"
@@ -22,8 +23,7 @@ namespace
 
 UInt32 trackNumberOf(const KLV::Key& key)
 {
-    const Platform::Byte* b = key.data();
-    return UInt32(b[12]) << 24 | UInt32(b[13]) << 16 | UInt32(b[14]) << 8 | UInt32(b[15]);
+    return ByteCoders::readBigEndian<UInt32>(key.data() + 12);
 }
 
 // Generic container labels, 06 0E 2B 34 04 01 01 vv 0D 01 03 01 02 mm ww xx: the mapping mm
@@ -127,8 +127,8 @@ ContentStorageReader::ContentStorageReader(Metadata::MetadataSetOwner& owner, Re
     static const Platform::Byte opAtom[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01,
                                             0x02, 0x0D, 0x01, 0x02, 0x01, 0x10};
     const Types::UniversalLabel* pattern = preface->operationalPattern();
-    impl_->opAtom = pattern != nullptr && std::memcmp(pattern->data(), opAtom, 7) == 0 &&
-                    std::memcmp(pattern->data() + 8, opAtom + 8, 5) == 0;
+    impl_->opAtom =
+        pattern != nullptr && KLV::equalIgnoringVersion(pattern->data(), opAtom, sizeof opAtom);
 
     // The elements of the first content package, in order. The system item, however many items
     // it has, is one element. Writers label clip-wrapped essence as frame-wrapped at times, so

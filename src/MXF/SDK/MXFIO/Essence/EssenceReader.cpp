@@ -1,6 +1,7 @@
 #include "MXF/SDK/MXFIO/EssenceReader.h"
 
 #include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/KLV/KeyPredicates.h"
 #include "MXF/SDK/Metadata/Structural/Structural.h"
 
 #include <algorithm>
@@ -16,29 +17,6 @@ namespace
 
 // Products of 64-bit positions and 32-bit rates.
 __extension__ typedef __int128 Wide;
-
-// SMPTE RP 224 data definitions 06 0E 2B 34 04 01 01 vv 01 03 02 02 0k 00 00 00: k 1 picture,
-// 2 sound, 3 data. Null for any other, timecode among them.
-std::optional<TrackKind> kindOf(const Types::UniversalLabel& label)
-{
-    static const Platform::Byte prefix[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01};
-    static const Platform::Byte essence[] = {0x01, 0x03, 0x02, 0x02};
-    const Platform::Byte* l = label.data();
-    if (std::memcmp(l, prefix, 7) != 0 || std::memcmp(l + 8, essence, 4) != 0 || l[13] != 0 ||
-        l[14] != 0 || l[15] != 0)
-        return std::nullopt;
-    switch (l[12])
-    {
-    case 1:
-        return TrackKind::PICTURE;
-    case 2:
-        return TrackKind::SOUND;
-    case 3:
-        return TrackKind::DATA;
-    default:
-        return std::nullopt;
-    }
-}
 
 bool positive(const Types::Rational& rate)
 {
@@ -56,6 +34,27 @@ Track* trackByID(GenericPackage& package, UInt32 id)
 }
 
 } // namespace
+
+std::optional<TrackKind> trackKindOf(const Types::UniversalLabel& dataDefinition) noexcept
+{
+    static const Platform::Byte essence[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01,
+                                             0x01, 0x01, 0x01, 0x03, 0x02, 0x02};
+    const Platform::Byte* l = dataDefinition.data();
+    if (!KLV::equalIgnoringVersion(l, essence, sizeof essence) || l[13] != 0 || l[14] != 0 ||
+        l[15] != 0)
+        return std::nullopt;
+    switch (l[12])
+    {
+    case 1:
+        return TrackKind::PICTURE;
+    case 2:
+        return TrackKind::SOUND;
+    case 3:
+        return TrackKind::DATA;
+    default:
+        return std::nullopt;
+    }
+}
 
 Int64 EssenceReader::convertPosition(Int64 position, const Types::Rational& currentEditRate,
                                      const Types::Rational& editRate)
@@ -86,7 +85,7 @@ EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& pack
         Sequence& sequence = *timeline->sequence();
         if (sequence.dataDefinition() == nullptr || sequence.componentsCount() == 0)
             continue;
-        const std::optional<TrackKind> kind = kindOf(*sequence.dataDefinition());
+        const std::optional<TrackKind> kind = trackKindOf(*sequence.dataDefinition());
         if (!kind)
             continue;
         SourceClip* clip = nullptr;

@@ -1,5 +1,7 @@
 #include "MXF/SDK/MXFIO/Seeker.h"
 
+#include "MXF/SDK/ByteCoders/BERCoder.h"
+#include "MXF/SDK/ByteCoders/BigEndian.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KLVItem.h"
 #include "MXF/SDK/KLV/KLVReader.h"
@@ -15,8 +17,7 @@ namespace
 
 UInt32 trackNumberOf(const KLV::Key& key)
 {
-    const Platform::Byte* b = key.data();
-    return UInt32(b[12]) << 24 | UInt32(b[13]) << 16 | UInt32(b[14]) << 8 | UInt32(b[15]);
+    return ByteCoders::readBigEndian<UInt32>(key.data() + 12);
 }
 
 // An index whose stream offsets go backwards can't be told from its good entries: none is used.
@@ -204,13 +205,13 @@ std::optional<ElementPlace> Seeker::fromSegment(const IndexTables::IndexTableSeg
     if (source.read(head, 17) != 17)
         return std::nullopt;
     const KLV::Key key(head);
-    const unsigned lengthBytes = head[16] < 0x80 ? 0 : head[16] & 0x7F;
-    if (lengthBytes > 8 || (head[16] >= 0x80 && lengthBytes == 0) ||
-        source.read(head + 17, lengthBytes) != lengthBytes)
+    // Forms the coder refuses, or longer than 64 bits: no element here.
+    if (head[16] == 0x80 || head[16] > 0x88)
         return std::nullopt;
-    UInt64 length = head[16] < 0x80 ? head[16] : 0;
-    for (unsigned i = 0; i < lengthBytes; ++i)
-        length = length << 8 | head[17 + i];
+    const UInt32 lengthSize = ByteCoders::BERCoder::decodedSize(head[16]);
+    if (source.read(head + 17, lengthSize - 1) != lengthSize - 1)
+        return std::nullopt;
+    const UInt64 length = ByteCoders::BERCoder::decode(head + 16, lengthSize);
     const bool element0System = KLV::isGCSystemItem(key);
     if (!(KLV::isEssenceKey(key) || element0System))
         return std::nullopt;
@@ -218,7 +219,7 @@ std::optional<ElementPlace> Seeker::fromSegment(const IndexTables::IndexTableSeg
                                      [&](const auto& e) { return e.second == element; });
     if (wanted == elements_.end() || (!element0System && trackNumberOf(key) != wanted->first))
         return std::nullopt;
-    return ElementPlace{position, position + 17 + lengthBytes, length};
+    return ElementPlace{position, position + 16 + lengthSize, length};
 }
 
 UInt64 Seeker::absolutePosition(UInt64 offset)
