@@ -52,7 +52,9 @@ public:
 
     // InvalidFormat "clip != 0: Package contains a invalid clip in the track."; InvalidValue
     // "!(masterEditPeriod_ == 0): Package does not have valid Essence Tracks."; "currentEditRate >
-    // 0: Edit rate non-greater than zero.".
+    // 0: Edit rate non-greater than zero."; "Track position out of range." when a start position
+    // and duration leave 64 bits. NotFound "... Track Number not found in this content Storage."
+    // for an essence track whose elements the body does not have.
     EssenceReader(ContentStorageReader& storage, Metadata::Structural::GenericPackage& package);
     ~EssenceReader();
 

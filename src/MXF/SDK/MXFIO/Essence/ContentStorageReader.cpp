@@ -350,9 +350,7 @@ Int64 ContentStorageReader::trackDuration(UInt32 trackNumberValue)
         else if (duration <= 0)
             duration = fromEssence;
     }
-    MXF_SDK_CHECK_AS(impl_->seeker_->trackNumberExists(trackNumberValue),
-                     "impl_ -> seeker_ -> trackNumberExists (trackNumberValue)",
-                     "Track Number not found in this content Storage.", Exceptions::NotFound);
+    impl_->seeker_->requireTrackNumber(trackNumberValue);
     return duration;
 }
 

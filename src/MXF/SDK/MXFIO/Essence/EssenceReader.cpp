@@ -1,5 +1,6 @@
 #include "MXF/SDK/MXFIO/EssenceReader.h"
 
+#include "MXF/SDK/Exceptions/Checked.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KeyPredicates.h"
 #include "MXF/SDK/Metadata/Structural/Structural.h"
@@ -32,6 +33,9 @@ Track* trackByID(GenericPackage& package, UInt32 id)
                 return track;
     return nullptr;
 }
+
+// Positions and durations of a track whose sums leave 64 bits.
+constexpr char OUT_OF_RANGE[] = "Track position out of range.";
 
 } // namespace
 
@@ -68,7 +72,10 @@ Int64 EssenceReader::convertPosition(Int64 position, const Types::Rational& curr
     // Position to time at the first rate, time to position at the second, truncated.
     const Wide num = Wide(position) * editRate.numerator() * currentEditRate.denominator();
     const Wide den = Wide(editRate.denominator()) * currentEditRate.numerator();
-    return Int64(num / den);
+    const Wide result = num / den;
+    if (result > INT64_MAX)
+        MXF_SDK_THROW(Exceptions::InvalidValue, OUT_OF_RANGE);
+    return Int64(result);
 }
 
 EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& package)
@@ -113,8 +120,7 @@ EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& pack
         if (fileTimeline == nullptr || fileTrack->trackNumber() == nullptr)
             continue;
         const UInt32 number = fileTrack->trackNumber()->value();
-        if (!storage.seeker().trackNumberExists(number))
-            continue;
+        storage.seeker().requireTrackNumber(number);
 
         Track record;
         record.track = timeline;
@@ -133,8 +139,9 @@ EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& pack
         if (record.duration <= 0)
             record.duration = record.reader->duration();
         // The material track's length, at the file track's rate, bounds what is read.
-        const Int64 fileDuration =
-            convertPosition(start + record.duration, record.editRate, fileRate);
+        const Int64 fileDuration = convertPosition(
+            Exceptions::checkedAdd<Exceptions::InvalidValue>(start, record.duration, OUT_OF_RANGE),
+            record.editRate, fileRate);
         if (record.reader->duration() <= 0 || fileDuration < record.reader->duration())
             record.reader->setDuration(fileDuration);
         if (record.reader->order() < lowestOrder)
@@ -177,7 +184,11 @@ void EssenceReader::seek(Int64 position)
         // Steps of the master period to the track's own edit units.
         const Wide num = Wide(position) * masterEditPeriod_.numerator() * fileRate.numerator();
         const Wide den = Wide(masterEditPeriod_.denominator()) * fileRate.denominator();
-        record.currentPosition = starts_[std::size_t(&record - tracks_.data())] + Int64(num / den);
+        const Wide steps = num / den;
+        if (steps > INT64_MAX || steps < INT64_MIN)
+            MXF_SDK_THROW(Exceptions::InvalidValue, OUT_OF_RANGE);
+        record.currentPosition = Exceptions::checkedAdd<Exceptions::InvalidValue>(
+            starts_[std::size_t(&record - tracks_.data())], Int64(steps), OUT_OF_RANGE);
         record.reader->seek(record.currentPosition);
     }
 }
@@ -196,13 +207,14 @@ bool EssenceReader::nextInto(std::size_t& trackOut, Data& data)
                 continue;
             any = true;
             Track& record = tracks_[i];
-            const Int64 done = record.reader->position() - starts_[i];
+            const Int64 done = Exceptions::checkedSub<Exceptions::InvalidValue>(
+                record.reader->position(), starts_[i], OUT_OF_RANGE);
             // The edit unit belongs to this step when its time is below the step's end:
             // done / rate < (master + 1) * period. Only a track that is due is looked at, so
             // that the file is read in the order it was written.
             const Wide left =
                 Wide(done) * record.editRate.denominator() * masterEditPeriod_.denominator();
-            const Wide right = Wide(masterPosition_ + 1) * masterEditPeriod_.numerator() *
+            const Wide right = (Wide(masterPosition_) + 1) * masterEditPeriod_.numerator() *
                                record.editRate.numerator();
             if (left >= right)
                 continue;
