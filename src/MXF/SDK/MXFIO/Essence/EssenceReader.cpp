@@ -78,77 +78,116 @@ Int64 EssenceReader::convertPosition(Int64 position, const Types::Rational& curr
     return Int64(result);
 }
 
+namespace
+{
+
+struct EssenceTrack
+{
+    TimelineTrack* timeline = nullptr;
+    Sequence* sequence = nullptr;
+    TrackKind kind = TrackKind::PICTURE;
+    SourceClip* clip = nullptr;
+};
+
+// A timeline track with a rate and a sequence of source clips under an essence data definition;
+// empty for any other track, timecode among them.
+std::optional<EssenceTrack> essenceTrack(Metadata::Structural::Track* generic)
+{
+    auto* timeline =
+        generic != nullptr ? Metadata::metadataSetAs<TimelineTrack>(*generic) : nullptr;
+    if (timeline == nullptr || timeline->sequence() == nullptr || timeline->editRate() == nullptr)
+        return std::nullopt;
+    Sequence& sequence = *timeline->sequence();
+    if (sequence.dataDefinition() == nullptr || sequence.componentsCount() == 0)
+        return std::nullopt;
+    const std::optional<TrackKind> kind = trackKindOf(*sequence.dataDefinition());
+    if (!kind)
+        return std::nullopt;
+    SourceClip* clip = nullptr;
+    for (UInt32 c = 0; c < sequence.componentsCount(); ++c)
+    {
+        StructuralComponent* component = sequence.component(c);
+        SourceClip* one =
+            component != nullptr ? Metadata::metadataSetAs<SourceClip>(*component) : nullptr;
+        MXF_SDK_CHECK_AS(one != 0, "clip != 0", "Package contains a invalid clip in the track.",
+                         Exceptions::InvalidFormat);
+        if (clip == nullptr)
+            clip = one;
+    }
+    return EssenceTrack{timeline, &sequence, *kind, clip};
+}
+
+// The file package's track behind a clip, which gives the element; null when there is none.
+TimelineTrack* fileTrackOf(ContentStorageReader& storage, const SourceClip& clip)
+{
+    GenericPackage* filePackage =
+        clip.sourcePackageID() != nullptr
+            ? PackageHelpers::packageByUID(storage.preface(), *clip.sourcePackageID())
+            : nullptr;
+    Metadata::Structural::Track* fileTrack =
+        filePackage != nullptr && clip.sourceTrackID() != nullptr
+            ? trackByID(*filePackage, clip.sourceTrackID()->value())
+            : nullptr;
+    auto* fileTimeline =
+        fileTrack != nullptr ? Metadata::metadataSetAs<TimelineTrack>(*fileTrack) : nullptr;
+    return fileTimeline != nullptr && fileTimeline->trackNumber() != nullptr ? fileTimeline
+                                                                             : nullptr;
+}
+
+// The record of a track, its element reader positioned at the clip's start and bounded by the
+// material track's length at the file track's rate.
+EssenceReader::Track trackRecord(ContentStorageReader& storage, const EssenceTrack& essence,
+                                 Metadata::Structural::Track& generic, TimelineTrack& fileTrack)
+{
+    const UInt32 number = fileTrack.trackNumber()->value();
+    storage.seeker().requireTrackNumber(number);
+    EssenceReader::Track record;
+    record.track = essence.timeline;
+    record.clip = essence.clip;
+    record.kind = essence.kind;
+    record.trackID = generic.trackID() != nullptr ? generic.trackID()->value() : 0;
+    record.trackNumber = number;
+    record.editRate = *essence.timeline->editRate();
+    record.origin = essence.timeline->origin() != nullptr ? essence.timeline->origin()->value() : 0;
+    record.duration =
+        essence.sequence->duration() != nullptr ? essence.sequence->duration()->value() : 0;
+    const Types::Rational fileRate =
+        fileTrack.editRate() != nullptr ? *fileTrack.editRate() : record.editRate;
+    const SourceClip& clip = *essence.clip;
+    const Int64 start = clip.startPosition() != nullptr ? clip.startPosition()->value() : 0;
+    record.currentPosition = EssenceReader::convertPosition(start, record.editRate, fileRate);
+    record.reader = storage.elementReader(number);
+    if (record.duration <= 0)
+        record.duration = record.reader->duration();
+    const Int64 fileDuration = EssenceReader::convertPosition(
+        Exceptions::checkedAdd<Exceptions::InvalidValue>(start, record.duration, OUT_OF_RANGE),
+        record.editRate, fileRate);
+    if (record.reader->duration() <= 0 || fileDuration < record.reader->duration())
+        record.reader->setDuration(fileDuration);
+    return record;
+}
+
+} // namespace
+
 EssenceReader::EssenceReader(ContentStorageReader& storage, GenericPackage& package)
 {
     UInt32 lowestOrder = UINT32_MAX;
     for (UInt32 i = 0; i < package.tracksCount(); ++i)
     {
         Metadata::Structural::Track* generic = package.track(i);
-        auto* timeline =
-            generic != nullptr ? Metadata::metadataSetAs<TimelineTrack>(*generic) : nullptr;
-        if (timeline == nullptr || timeline->sequence() == nullptr ||
-            timeline->editRate() == nullptr)
+        const std::optional<EssenceTrack> essence = essenceTrack(generic);
+        if (!essence)
             continue;
-        Sequence& sequence = *timeline->sequence();
-        if (sequence.dataDefinition() == nullptr || sequence.componentsCount() == 0)
+        TimelineTrack* fileTrack = fileTrackOf(storage, *essence->clip);
+        if (fileTrack == nullptr)
             continue;
-        const std::optional<TrackKind> kind = trackKindOf(*sequence.dataDefinition());
-        if (!kind)
-            continue;
-        SourceClip* clip = nullptr;
-        for (UInt32 c = 0; c < sequence.componentsCount(); ++c)
-        {
-            StructuralComponent* component = sequence.component(c);
-            SourceClip* one =
-                component != nullptr ? Metadata::metadataSetAs<SourceClip>(*component) : nullptr;
-            MXF_SDK_CHECK_AS(one != 0, "clip != 0", "Package contains a invalid clip in the track.",
-                             Exceptions::InvalidFormat);
-            if (clip == nullptr)
-                clip = one;
-        }
-        // The file package's track behind the clip gives the element.
-        GenericPackage* filePackage =
-            clip->sourcePackageID() != nullptr
-                ? PackageHelpers::packageByUID(storage.preface(), *clip->sourcePackageID())
-                : nullptr;
-        Metadata::Structural::Track* fileTrack =
-            filePackage != nullptr && clip->sourceTrackID() != nullptr
-                ? trackByID(*filePackage, clip->sourceTrackID()->value())
-                : nullptr;
-        auto* fileTimeline =
-            fileTrack != nullptr ? Metadata::metadataSetAs<TimelineTrack>(*fileTrack) : nullptr;
-        if (fileTimeline == nullptr || fileTrack->trackNumber() == nullptr)
-            continue;
-        const UInt32 number = fileTrack->trackNumber()->value();
-        storage.seeker().requireTrackNumber(number);
-
-        Track record;
-        record.track = timeline;
-        record.clip = clip;
-        record.kind = *kind;
-        record.trackID = generic->trackID() != nullptr ? generic->trackID()->value() : 0;
-        record.trackNumber = number;
-        record.editRate = *timeline->editRate();
-        record.origin = timeline->origin() != nullptr ? timeline->origin()->value() : 0;
-        record.duration = sequence.duration() != nullptr ? sequence.duration()->value() : 0;
-        const Types::Rational fileRate =
-            fileTimeline->editRate() != nullptr ? *fileTimeline->editRate() : record.editRate;
-        const Int64 start = clip->startPosition() != nullptr ? clip->startPosition()->value() : 0;
-        record.currentPosition = convertPosition(start, record.editRate, fileRate);
-        record.reader = storage.elementReader(number);
-        if (record.duration <= 0)
-            record.duration = record.reader->duration();
-        // The material track's length, at the file track's rate, bounds what is read.
-        const Int64 fileDuration = convertPosition(
-            Exceptions::checkedAdd<Exceptions::InvalidValue>(start, record.duration, OUT_OF_RANGE),
-            record.editRate, fileRate);
-        if (record.reader->duration() <= 0 || fileDuration < record.reader->duration())
-            record.reader->setDuration(fileDuration);
+        Track record = trackRecord(storage, *essence, *generic, *fileTrack);
         if (record.reader->order() < lowestOrder)
         {
             lowestOrder = record.reader->order();
             leadTrack_ = tracks_.size();
         }
+        // A package's first track with a length sets the pace.
         if (masterEditPeriod_ == Types::Rational(0, 1) && record.duration != 0)
         {
             MXF_SDK_CHECK_AS(positive(record.editRate), "currentEditRate > 0",
