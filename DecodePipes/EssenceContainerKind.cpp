@@ -1,9 +1,8 @@
 #include "DecodePipes/EssenceContainerKind.h"
 
+#include "MXF/SDK/KLV/KeyPredicates.h"
 #include "MXF/SDK/Types/UID.h"
-#include "Transcoder/EssenceTrackInfo.h"
-
-#include <cstring>
+#include "Transcoder/Samples/EssenceTrackInfo.h"
 
 namespace KEP::Halvorn::DecodePipes
 {
@@ -11,17 +10,16 @@ namespace KEP::Halvorn::DecodePipes
 namespace
 {
 
-// Bytes 0 to 6 and 8 to 12 of every generic container label; byte 7 is the registry version.
-constexpr unsigned char DESIGNATOR[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01};
-constexpr unsigned char GENERIC_CONTAINER[] = {0x0D, 0x01, 0x03, 0x01, 0x02};
+// Bytes 0 to 12 of every generic container label; byte 7, the registry version, is not looked at.
+constexpr unsigned char GENERIC_CONTAINER[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01,
+                                               0x01, 0x0D, 0x01, 0x03, 0x01, 0x02};
 
 } // namespace
 
 EssenceContainerKind essenceContainerKind(const MXF::SDK::Types::UniversalLabel& label)
 {
     const unsigned char* bytes = label.data();
-    if (std::memcmp(bytes, DESIGNATOR, sizeof DESIGNATOR) != 0 ||
-        std::memcmp(bytes + 8, GENERIC_CONTAINER, sizeof GENERIC_CONTAINER) != 0)
+    if (!MXF::SDK::KLV::equalIgnoringVersion(bytes, GENERIC_CONTAINER, sizeof GENERIC_CONTAINER))
         return KIND_UNKNOWN;
     const unsigned char mapping = bytes[13];
     const unsigned char streamOrVariant = bytes[14];

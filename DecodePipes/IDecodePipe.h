@@ -1,8 +1,8 @@
 #pragma once
 
 #include "KEP/Halvorn/KEPCodecPipe.h"
-#include "Transcoder/EssenceTrackInfo.h"
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/EssenceTrackInfo.h"
+#include "Transcoder/Samples/Sample.h"
 #include "Utils/ErrorMessageEntity.h"
 
 #include <cstdint>

@@ -40,26 +40,17 @@ enum class TrackKind
     SOUND
 };
 
-// The essence data definitions of SMPTE RP 224, 06 0E 2B 34 04 01 01 vv 01 03 02 02 0k 00 00 00:
-// k 1 picture, 2 sound; the version byte vv is not looked at.
+// Picture and sound by the essence reader's reading of the sequence's data definition.
 TrackKind trackKind(const Structural::Track& track)
 {
-    static constexpr unsigned char HEAD[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01};
-    static constexpr unsigned char ESSENCE[] = {0x01, 0x03, 0x02, 0x02};
-    static constexpr unsigned char TAIL[] = {0x00, 0x00, 0x00};
     const Structural::Sequence* sequence = track.sequence();
     const MXF::SDK::Types::UniversalLabel* label =
         sequence != nullptr ? sequence->dataDefinition() : nullptr;
-    if (label == nullptr)
-        return TrackKind::OTHER;
-    const unsigned char* bytes = label->data();
-    if (std::memcmp(bytes, HEAD, sizeof HEAD) != 0 ||
-        std::memcmp(bytes + 8, ESSENCE, sizeof ESSENCE) != 0 ||
-        std::memcmp(bytes + 13, TAIL, sizeof TAIL) != 0)
-        return TrackKind::OTHER;
-    return bytes[12] == 0x01   ? TrackKind::PICTURE
-           : bytes[12] == 0x02 ? TrackKind::SOUND
-                               : TrackKind::OTHER;
+    const std::optional<MXF::SDK::MXFIO::TrackKind> kind =
+        label != nullptr ? MXF::SDK::MXFIO::trackKindOf(*label) : std::nullopt;
+    return kind == MXF::SDK::MXFIO::TrackKind::PICTURE ? TrackKind::PICTURE
+           : kind == MXF::SDK::MXFIO::TrackKind::SOUND ? TrackKind::SOUND
+                                                       : TrackKind::OTHER;
 }
 
 template <typename Value>

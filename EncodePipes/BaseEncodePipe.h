@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Transcoder/EssenceTrackInfo.h"
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/EssenceTrackInfo.h"
+#include "Transcoder/Samples/Sample.h"
 #include "Utils/ErrorMessageEntity.h"
 
 #include <cstdint>

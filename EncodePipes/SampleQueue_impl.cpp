@@ -1,7 +1,7 @@
 #include "EncodePipes/SampleQueue_impl.h"
 
 #include "MXF/SDK/Exceptions/Exceptions.h"
-#include "Transcoder/SampleBlockAdapter.h"
+#include "Transcoder/Samples/SampleBlockAdapter.h"
 
 #include <chrono>
 #include <system_error>

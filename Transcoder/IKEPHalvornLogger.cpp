@@ -1,6 +1,6 @@
 #include "KEP/Halvorn/IKEPHalvornLogger.h"
 
-#include "Transcoder/Allocation.h"
+#include "Transcoder/Samples/Allocation.h"
 
 namespace KEP::Halvorn
 {

@@ -1,6 +1,6 @@
 #include "KEP/Halvorn/KEPModule.h"
 
-#include "Transcoder/Allocation.h"
+#include "Transcoder/Samples/Allocation.h"
 #include "Transcoder/DictionaryFile.h"
 #include "Transcoder/ErrorMessages.h"
 #include "Transcoder/LoggerHolder.h"

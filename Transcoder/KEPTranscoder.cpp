@@ -1,6 +1,6 @@
 #include "KEP/Halvorn/KEPTranscoder.h"
 
-#include "Transcoder/Allocation.h"
+#include "Transcoder/Samples/Allocation.h"
 #include "Transcoder/KEPTranscoderImpl.h"
 
 namespace KEP::Halvorn

@@ -8,7 +8,7 @@
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "Transcoder/DictionaryFile.h"
 #include "Transcoder/ErrorMessages.h"
-#include "Transcoder/EssenceTrackInfo.h"
+#include "Transcoder/Samples/EssenceTrackInfo.h"
 #include "Transcoder/LoggerHolder.h"
 #include "Transcoder/ProgressReporter.h"
 #include "Transcoder/TranscoderError.h"

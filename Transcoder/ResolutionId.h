@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Transcoder/EssenceTrackInfo.h"
+#include "Transcoder/Samples/EssenceTrackInfo.h"
 
 namespace KEP::Halvorn
 {

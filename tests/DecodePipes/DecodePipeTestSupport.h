@@ -5,8 +5,8 @@
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "TestSupport.h"
 #include "Transcoder/ErrorMessages.h"
-#include "Transcoder/EssenceTrackInfo.h"
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/EssenceTrackInfo.h"
+#include "Transcoder/Samples/Sample.h"
 #include "Transcoder/TranscoderTestSupport.h"
 
 #include <algorithm>

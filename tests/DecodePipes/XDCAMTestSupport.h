@@ -11,8 +11,8 @@
 #include "MXF/SDK/MetaMetadata/BinaryLoader.h"
 #include "MXF/SDK/MetaMetadata/Dictionary.h"
 #include "MXF/SDK/Platform/Platform.h"
-#include "Transcoder/EssenceTrackInfo.h"
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/EssenceTrackInfo.h"
+#include "Transcoder/Samples/Sample.h"
 
 #include <atomic>
 #include <chrono>

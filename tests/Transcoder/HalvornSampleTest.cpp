@@ -1,6 +1,6 @@
 #include "MXF/SDK/DataIO/Block.h"
 #include "TestSupport.h"
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/Sample.h"
 
 #include <atomic>
 #include <condition_variable>

@@ -8,7 +8,7 @@
 #include "KEP/Halvorn/KEPTranscoder.h"
 #include "TestSupport.h"
 #include "Transcoder/ErrorMessages.h"
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/Sample.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "Transcoder/WaveHeaderSample.h"
+#include "Transcoder/Samples/WaveHeaderSample.h"
 
 #include <cstdio>
 #include <cstring>

@@ -40,8 +40,8 @@ public:
     void pushBack(SliceChain& chain);
     UInt64 bufferedSize() const noexcept { return buffer_.size(); }
 
-    // Big-endian integers. Throw NotEnoughData "data -> size () == COUNT: Not enough data to read
-    // item" when the data ends.
+    // Big-endian integers. When fewer bytes are left they throw, as readExactly does,
+    // NotEnoughData "Not enough data to read from the source", and the bytes stay unread.
     Platform::UInt8 readUInt8();
     Platform::UInt16 readUInt16();
     Platform::UInt32 readUInt32();

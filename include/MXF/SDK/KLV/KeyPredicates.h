@@ -3,11 +3,18 @@
 #include "MXF/SDK/KLV/Key.h"
 #include "MXF/SDK/Platform/Types.h"
 
+#include <cstddef>
+
 // What kind of item a key names, from the SMPTE 336M key structure: byte 4 is the registry
 // category (01 dictionary item, 02 group), byte 5 its coding, byte 7 the registry version, bytes
 // 8 on the item. Plain byte comparisons; none allocates.
 namespace MXF::SDK::KLV
 {
+
+// Whether the first `size` bytes (at most 16) of a key or label equal `pattern`'s, byte 7 aside:
+// labels of one meaning differ in the version of the registry that first held them.
+bool equalIgnoringVersion(const Platform::Byte* bytes, const Platform::Byte* pattern,
+                          std::size_t size) noexcept;
 
 // 06 0E 2B 34 01 01 01 vv 03 01 02 10 01 00 00 00, any version vv.
 bool isFillItem(const Key& key) noexcept;

@@ -3,8 +3,10 @@
 #include "MXF/SDK/MXFIO/ContentStorageReader.h"
 #include "MXF/SDK/MXFIO/ElementReader.h"
 #include "MXF/SDK/Types/Rational.h"
+#include "MXF/SDK/Types/UID.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace MXF::SDK::Metadata::Structural
@@ -24,6 +26,10 @@ enum class TrackKind
     SOUND,
     DATA
 };
+
+// The essence data definitions of SMPTE RP 224, 06 0E 2B 34 04 01 01 vv 01 03 02 02 0k 00 00 00:
+// k 1 picture, 2 sound, 3 data, any version vv. Empty for any other label, timecode among them.
+std::optional<TrackKind> trackKindOf(const Types::UniversalLabel& dataDefinition) noexcept;
 
 // Reads the essence tracks of a package (the material package, most often) in time order.
 class EssenceReader
@@ -46,7 +52,9 @@ public:
 
     // InvalidFormat "clip != 0: Package contains a invalid clip in the track."; InvalidValue
     // "!(masterEditPeriod_ == 0): Package does not have valid Essence Tracks."; "currentEditRate >
-    // 0: Edit rate non-greater than zero.".
+    // 0: Edit rate non-greater than zero."; "Track position out of range." when a start position
+    // and duration leave 64 bits. NotFound "... Track Number not found in this content Storage."
+    // for an essence track whose elements the body does not have.
     EssenceReader(ContentStorageReader& storage, Metadata::Structural::GenericPackage& package);
     ~EssenceReader();
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MXF/SDK/IndexTables/IndexTableProvider.h"
+#include "MXF/SDK/MXFIO/IndexTableProvider.h"
 #include "MXF/SDK/Platform/Types.h"
 
 #include <map>
@@ -27,6 +27,14 @@ struct ElementPlace
     UInt64 size = 0;
 };
 
+// Where an index segment puts an element of an edit unit in the essence stream: its offset, and
+// the offset of the next edit unit when the segment knows it.
+struct StreamSpan
+{
+    UInt64 offset = 0;
+    std::optional<UInt64> next;
+};
+
 // Works out where edit unit N of a track's element is: through the index table when the file has
 // one that covers it, else by walking the items of the body, whose offsets it keeps.
 class Seeker
@@ -42,6 +50,14 @@ public:
     Seeker& operator=(const Seeker&) = delete;
 
     bool trackNumberExists(UInt32 number) const;
+    // NotFound "impl_ -> seeker_ -> trackNumberExists (trackNumberValue): Track Number not found in
+    // this content Storage." for a number no element of the body has.
+    void requireTrackNumber(UInt32 number) const;
+    // Where `segment` puts element `element` of edit unit `editUnit`; empty when the segment
+    // doesn't cover it. InvalidIndexSegment "Index table segment position out of range." when its
+    // positions with the edit unit leave 64 bits.
+    static std::optional<StreamSpan> streamSpan(const IndexTables::IndexTableSegment& segment,
+                                                UInt32 element, Int64 editUnit);
     // By the index only: false when it doesn't hold the edit unit, or when what stands at the
     // place it gives isn't the element. `out` is the first byte of the edit unit (the key of a
     // frame-wrapped element), `sizeOut` its bytes. KeyNotFound "it != elements_.end (): Track
@@ -72,6 +88,8 @@ private:
     std::optional<ElementPlace> indexed(UInt32 trackNumber, Int64 editUnit);
     std::optional<ElementPlace> fromSegment(const IndexTables::IndexTableSegment& segment,
                                             UInt32 element, Int64 editUnit);
+    std::optional<ElementPlace> inClip(const StreamSpan& span);
+    std::optional<ElementPlace> atElementKey(UInt64 streamOffset, UInt32 element);
     bool walkOne();
     bool findClip();
     // The file position of a stream offset, by the bodies of the stream found once.

@@ -1,8 +1,7 @@
 #include "MXF/SDK/ByteCoders/BERCoder.h"
 
 #include "MXF/SDK/Exceptions/Exceptions.h"
-
-#include <cstdio>
+#include "MXF/SDK/Utils/Hex.h"
 
 namespace MXF::SDK::ByteCoders
 {
@@ -43,11 +42,7 @@ void BERCoder::validateSize(UInt32 size)
 UInt32 BERCoder::decodedSize(Byte firstByte)
 {
     if (firstByte == 0x80 || firstByte == 0xFF)
-    {
-        char text[32];
-        std::snprintf(text, sizeof text, "Invalid BER size: 0x%x", firstByte);
-        MXF_SDK_THROW(Exceptions::InvalidFormat, text);
-    }
+        MXF_SDK_THROW(Exceptions::InvalidFormat, "Invalid BER size: 0x" + Utils::hex(firstByte));
     return firstByte < 0x80 ? 1 : (firstByte & 0x7Fu) + 1;
 }
 

@@ -1,5 +1,7 @@
 #include "MXF/SDK/DataIO/SliceReader.h"
 
+#include "MXF/SDK/ByteCoders/BigEndian.h"
+
 #include <cstring>
 
 namespace MXF::SDK::DataIO
@@ -169,10 +171,7 @@ T SliceReader::readBigEndian()
     SlicePtr data = readExactly(COUNT);
     MXF_SDK_CHECK_AS(data->size == COUNT, "data -> size () == COUNT",
                      "Not enough data to read item", Exceptions::NotEnoughData);
-    T value = 0;
-    for (const Byte* p = data->begin(); p != data->end(); ++p)
-        value = static_cast<T>((UInt64(value) << 8) | *p);
-    return value;
+    return ByteCoders::readBigEndian<T>(data->begin());
 }
 
 Platform::UInt8 SliceReader::readUInt8()

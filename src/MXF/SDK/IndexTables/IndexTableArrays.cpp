@@ -1,19 +1,19 @@
 #include "MXF/SDK/IndexTables/IndexTableArrays.h"
 
+#include "MXF/SDK/ByteCoders/BigEndian.h"
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/Templates/SafeCast.h"
-#include "MXF/SDK/Types/BigEndian.h"
 
 namespace MXF::SDK::IndexTables
 {
 
+using ByteCoders::readBigEndian;
+using ByteCoders::writeBigEndian;
 using Platform::Byte;
 using Platform::UInt32;
 using Platform::UInt64;
 using Platform::UInt8;
-using Types::Internal::readBigEndian;
-using Types::Internal::writeBigEndian;
 
 IndexTableArray::IndexTableArray(UInt32 entrySize) : entrySize_(entrySize) {}
 

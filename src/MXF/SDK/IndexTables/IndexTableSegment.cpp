@@ -1,12 +1,13 @@
 #include "MXF/SDK/IndexTables/IndexTableSegment.h"
 
 #include "MXF/SDK/ByteCoders/BERCoder.h"
+#include "MXF/SDK/ByteCoders/BigEndian.h"
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KLVItem.h"
 #include "MXF/SDK/KLV/KeyPredicates.h"
+#include "MXF/SDK/KLV/ReadExact.h"
 #include "MXF/SDK/Templates/SafeCast.h"
-#include "MXF/SDK/Types/BigEndian.h"
 #include "MXF/SDK/Types/Factories/UIDFactory.h"
 
 #include <algorithm>
@@ -17,6 +18,8 @@
 namespace MXF::SDK::IndexTables
 {
 
+using ByteCoders::readBigEndian;
+using ByteCoders::writeBigEndian;
 using Platform::Byte;
 using Platform::Int32;
 using Platform::Int64;
@@ -24,8 +27,6 @@ using Platform::UInt16;
 using Platform::UInt32;
 using Platform::UInt64;
 using Platform::UInt8;
-using Types::Internal::readBigEndian;
-using Types::Internal::writeBigEndian;
 
 namespace
 {
@@ -68,21 +69,7 @@ void checkKey(const KLV::Key& key)
         MXF_SDK_THROW(Exceptions::InvalidIndexSegment, CODING_TEXT);
 }
 
-// Appends bytes of the source until `bytes` holds `size` of them or the source ends. Read in
-// pieces, so that a length claiming more than the source holds allocates no more than arrives.
-void readUpTo(DataIO::DataSource& source, std::vector<Byte>& bytes, UInt64 size)
-{
-    constexpr UInt64 PIECE = 64 * 1024;
-    while (bytes.size() < size)
-    {
-        const std::size_t at = bytes.size();
-        bytes.resize(at + std::min(size - at, PIECE));
-        const UInt64 got = source.read(bytes.data() + at, bytes.size() - at);
-        bytes.resize(at + got);
-        if (got == 0)
-            return;
-    }
-}
+using KLV::readUpTo;
 
 void checkFieldSize(const std::vector<Byte>& bytes, std::size_t size)
 {

@@ -1,22 +1,22 @@
 #include "MXF/SDK/IndexTables/IndexTableSegmentEntry.h"
 
+#include "MXF/SDK/ByteCoders/BigEndian.h"
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
-#include "MXF/SDK/Types/BigEndian.h"
 
 #include <algorithm>
 
 namespace MXF::SDK::IndexTables
 {
 
+using ByteCoders::readBigEndian;
+using ByteCoders::writeBigEndian;
 using Platform::Byte;
 using Platform::Int32;
 using Platform::Int8;
 using Platform::UInt32;
 using Platform::UInt64;
 using Platform::UInt8;
-using Types::Internal::readBigEndian;
-using Types::Internal::writeBigEndian;
 
 DeltaEntry::DeltaEntry(Int8 posTableIndex, UInt8 slice, UInt32 elementDelta)
 {

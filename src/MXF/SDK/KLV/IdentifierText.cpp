@@ -1,6 +1,7 @@
 #include "MXF/SDK/KLV/IdentifierText.h"
 
 #include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/Utils/Hex.h"
 
 #include <vector>
 
@@ -10,16 +11,7 @@ namespace MXF::SDK::KLV::IdentifierText
 namespace
 {
 
-int hexDigit(wchar_t c)
-{
-    if (c >= L'0' && c <= L'9')
-        return c - L'0';
-    if (c >= L'a' && c <= L'f')
-        return c - L'a' + 10;
-    if (c >= L'A' && c <= L'F')
-        return c - L'A' + 10;
-    return -1;
-}
+using Utils::hexDigit;
 
 void checkLength(std::wstring_view text, std::size_t expected)
 {

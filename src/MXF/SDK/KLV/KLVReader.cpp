@@ -3,8 +3,9 @@
 #include "MXF/SDK/ByteCoders/BERCoder.h"
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/KLV/ReadExact.h"
+#include "MXF/SDK/Utils/Hex.h"
 
-#include <cstdio>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -39,21 +40,11 @@ bool isKeyStart(const Byte* window) noexcept
 
 void readOrThrow(DataIO::DataSource& source, Byte* buffer, std::size_t size)
 {
-    for (std::size_t done = 0; done < size;)
-    {
-        const UInt64 got = source.read(buffer + done, size - done);
-        if (got == 0)
-            MXF_SDK_THROW(Exceptions::NotEnoughData, "Not enough data");
-        done += got;
-    }
+    if (readUpTo(source, buffer, size) != size)
+        MXF_SDK_THROW(Exceptions::NotEnoughData, "Not enough data");
 }
 
-std::string hex(UInt64 value)
-{
-    char text[24];
-    std::snprintf(text, sizeof text, "%llx", static_cast<unsigned long long>(value));
-    return text;
-}
+using Utils::hex;
 
 } // namespace
 

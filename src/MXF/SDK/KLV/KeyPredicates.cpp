@@ -33,10 +33,18 @@ Key& mutableFillItemKey()
 
 } // namespace
 
+bool equalIgnoringVersion(const Byte* bytes, const Byte* pattern, std::size_t size) noexcept
+{
+    constexpr std::size_t VERSION = 7;
+    if (size <= VERSION)
+        return std::memcmp(bytes, pattern, size) == 0;
+    return std::memcmp(bytes, pattern, VERSION) == 0 &&
+           std::memcmp(bytes + VERSION + 1, pattern + VERSION + 1, size - VERSION - 1) == 0;
+}
+
 bool isFillItem(const Key& key) noexcept
 {
-    return std::memcmp(key.data(), FILL_ITEM_BYTES, 7) == 0 &&
-           std::memcmp(key.data() + 8, FILL_ITEM_BYTES + 8, 8) == 0;
+    return equalIgnoringVersion(key.data(), FILL_ITEM_BYTES, Key::SIZE);
 }
 
 bool isLocalSet(const Key& key) noexcept

@@ -3,9 +3,9 @@
 #include "MXF/SDK/KLV/Key.h"
 #include "MXF/SDK/Packs/PartitionPack.h"
 #include "MXF/SDK/Platform/Types.h"
+#include "MXF/SDK/Utils/Hex.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 
 namespace MXF::SDK::MXFIO
@@ -17,12 +17,7 @@ inline Platform::UInt64 saturatingAdd(Platform::UInt64 a, Platform::UInt64 b) no
     return a > UINT64_MAX - b ? UINT64_MAX : a + b;
 }
 
-inline std::string hex(Platform::UInt64 value)
-{
-    char text[24];
-    std::snprintf(text, sizeof text, "%llx", static_cast<unsigned long long>(value));
-    return text;
-}
+using Utils::hex;
 
 // Groups (06 0E 2B 34 02): what header metadata is made of.
 inline bool isGroupKey(const KLV::Key& key) noexcept

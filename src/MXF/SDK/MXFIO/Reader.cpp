@@ -1,5 +1,6 @@
 #include "MXF/SDK/MXFIO/Reader.h"
 
+#include "MXF/SDK/ByteCoders/BigEndian.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KeyPredicates.h"
@@ -350,8 +351,7 @@ const Packs::RandomIndexPack* Reader::randomIndexPack()
                 source.seek(size - 4);
                 Byte bytes[4] = {};
                 const UInt64 got = source.read(bytes, sizeof bytes);
-                const UInt64 length = UInt64(bytes[0]) << 24 | UInt64(bytes[1]) << 16 |
-                                      UInt64(bytes[2]) << 8 | UInt64(bytes[3]);
+                const UInt64 length = ByteCoders::readBigEndian<Platform::UInt32>(bytes);
                 // Twenty is the least a RIP holds besides its entries.
                 if (got == 4 && length < size && length > 20)
                 {

@@ -1,8 +1,11 @@
 #include "DictionaryFileFormat.h"
 
+#include "MXF/SDK/ByteCoders/BERCoder.h"
+#include "MXF/SDK/ByteCoders/BigEndian.h"
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/KLV/ReadExact.h"
 #include "MXF/SDK/Types/Strings.h"
 
 #include <algorithm>
@@ -21,45 +24,34 @@ ItemKind itemKind(const Byte* key)
 
 void readBytes(DataIO::DataSource& source, void* buffer, UInt64 size)
 {
-    auto* const bytes = static_cast<Byte*>(buffer);
-    for (UInt64 done = 0; done < size;)
-    {
-        const UInt64 got = source.read(bytes + done, size - done);
-        if (got == 0)
-            MXF_SDK_THROW(Exceptions::NotEnoughData, "Not enough data");
-        done += got;
-    }
+    if (KLV::readUpTo(source, buffer, size) != size)
+        MXF_SDK_THROW(Exceptions::NotEnoughData, "Not enough data");
 }
 
 UInt16 readUInt16(DataIO::DataSource& source)
 {
     Byte bytes[2];
     readBytes(source, bytes, sizeof bytes);
-    return static_cast<UInt16>(bytes[0] << 8 | bytes[1]);
+    return ByteCoders::readBigEndian<UInt16>(bytes);
 }
 
 UInt32 readUInt32(DataIO::DataSource& source)
 {
     Byte bytes[4];
     readBytes(source, bytes, sizeof bytes);
-    return UInt32(bytes[0]) << 24 | UInt32(bytes[1]) << 16 | UInt32(bytes[2]) << 8 | bytes[3];
+    return ByteCoders::readBigEndian<UInt32>(bytes);
 }
 
 BERLength readBER(DataIO::DataSource& source)
 {
-    Byte first = 0;
-    readBytes(source, &first, 1);
-    if (first < 0x80)
-        return {first, 1};
-    const unsigned size = 1 + (first & 0x7Fu);
+    Byte bytes[9];
+    readBytes(source, bytes, 1);
+    // The indefinite form 0x80 stands for a length of 0 here, as the coder does not allow.
+    const unsigned size = bytes[0] < 0x80 ? 1 : 1 + (bytes[0] & 0x7Fu);
     if (size > 9)
         MXF_SDK_THROW(Exceptions::NotEnoughData, "BER lenght is more than allowed");
-    Byte bytes[8];
-    readBytes(source, bytes, size - 1);
-    UInt64 length = 0;
-    for (unsigned i = 0; i + 1 < size; ++i)
-        length = length << 8 | bytes[i];
-    return {length, static_cast<Byte>(size)};
+    readBytes(source, bytes + 1, size - 1);
+    return {ByteCoders::BERCoder::decode(bytes, size), static_cast<Byte>(size)};
 }
 
 KLV::Value shortField(DataIO::DataSource& source)

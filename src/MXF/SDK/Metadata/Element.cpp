@@ -72,8 +72,6 @@ const UInt64 NO_INDEX_LIMIT = 0xFFFFFFFFu;
 
 } // namespace
 
-// Element --------------------------------------------------------------------------------------
-
 struct Element::Impl
 {
     std::shared_ptr<const AbstractMetaAttribute> attribute;
@@ -234,8 +232,6 @@ void Element::checkClear(bool force) const
                       L"Value '" + name() + L"' is required according to Schema");
 }
 
-// Mixins ---------------------------------------------------------------------------------------
-
 ValueHolder::~ValueHolder() = default;
 
 void ValueHolder::checkType(const Element& element, const Types::BaseType& value)
@@ -288,8 +284,6 @@ std::unique_ptr<Types::Reference> ReferenceHolder::referenceTo(const MetadataSet
     return std::make_unique<Types::WeakReference>(*uid);
 }
 
-// SimpleElement --------------------------------------------------------------------------------
-
 void SimpleElement::load(DataIO::BoundedDataSource& source)
 {
     loadSingle(source);
@@ -310,8 +304,6 @@ void SimpleElement::setRawValue(std::unique_ptr<Types::BaseType> value)
 {
     replaceValue(std::move(value), true);
 }
-
-// ReferenceElement -----------------------------------------------------------------------------
 
 void ReferenceElement::load(DataIO::BoundedDataSource& source)
 {
@@ -358,8 +350,6 @@ bool ReferenceElement::isStrong() const noexcept
 {
     return dataType() == TI::TYPE_STRONG_REFERENCE;
 }
-
-// CollectionElement ----------------------------------------------------------------------------
 
 UInt32 CollectionElement::count() const noexcept
 {
@@ -478,8 +468,6 @@ void ValueCollectionElement::add(std::unique_ptr<Types::BaseType> item, bool for
     appendItem(std::move(item), force);
 }
 
-// CollectionReferenceElement -------------------------------------------------------------------
-
 void CollectionReferenceElement::checkKind(const Types::BaseType& item) const
 {
     if (Types::Visitors::asReference(item) == nullptr)
@@ -532,8 +520,6 @@ bool CollectionReferenceElement::isStrong() const noexcept
 {
     return dataSubType() == TI::TYPE_STRONG_REFERENCE;
 }
-
-// Creation and casts ---------------------------------------------------------------------------
 
 namespace
 {

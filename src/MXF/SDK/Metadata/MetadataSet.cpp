@@ -2,15 +2,18 @@
 
 #include "ElementSupport.h"
 #include "MXF/SDK/ByteCoders/BERCoder.h"
+#include "MXF/SDK/ByteCoders/BigEndian.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KLVItem.h"
 #include "MXF/SDK/KLV/KeyPredicates.h"
+#include "MXF/SDK/KLV/ReadExact.h"
 #include "MXF/SDK/Metadata/PartitionDictionary.h"
 #include "MXF/SDK/Metadata/PartitionMetadata.h"
 #include "MXF/SDK/Types/Visitors/Visitor.h"
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 namespace MXF::SDK::Metadata
@@ -38,13 +41,11 @@ UInt8 elementLengthSize(const KLV::Key& key)
 std::vector<Byte> readBytes(KLV::Value& value, UInt64 size)
 {
     std::vector<Byte> bytes;
-    while (bytes.size() < size)
-    {
-        const UInt64 piece = std::min<UInt64>(size - bytes.size(), 65536);
-        const std::size_t at = bytes.size();
-        bytes.resize(at + piece);
-        value.readExact(bytes.data() + at, piece);
-    }
+    KLV::readUpTo(value, bytes, size);
+    if (bytes.size() < size)
+        MXF_SDK_THROW(Exceptions::InvalidLength,
+                      "Invalid data size in Value: " + std::to_string(bytes.size()) + " of " +
+                          std::to_string(size) + " bytes");
     return bytes;
 }
 
@@ -127,9 +128,7 @@ void MetadataSet::read(KLV::KLVItem& item, PartitionDictionary& dictionary)
         const Types::LocalTag tag(value);
         Byte lengthBytes[4];
         value.readExact(lengthBytes, lengthSize);
-        UInt64 length = 0;
-        for (UInt8 i = 0; i < lengthSize; ++i)
-            length = (length << 8) | lengthBytes[i];
+        const UInt64 length = ByteCoders::readBigEndian(lengthBytes, lengthSize);
         if (length > value.remaining())
             MXF_SDK_THROW(Exceptions::InvalidLength,
                           "Invalid data size in Value to create an element in the metadataSet.");

@@ -427,8 +427,6 @@ void PartitionMetadata::invalidElementRemoving(Element& element)
                   { listener.invalidElementRemoving(element); });
 }
 
-// CreateInvalidElementVisitor ------------------------------------------------------------------
-
 CreateInvalidElementVisitor::CreateInvalidElementVisitor(MetadataSet& owner,
                                                          const Types::UniversalLabel& label,
                                                          const Byte* bytes, std::size_t size)

@@ -1,8 +1,10 @@
 #include "MXF/SDK/Packs/PartitionPack.h"
 
+#include "MXF/SDK/ByteCoders/BigEndian.h"
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KLVItem.h"
+#include "MXF/SDK/KLV/ReadExact.h"
 #include "MXF/SDK/Types/TypeIdentifiers.h"
 #include "PackWriting.h"
 
@@ -37,21 +39,6 @@ const KLV::Key& validated(const KLV::Key& key)
     return key;
 }
 
-// Appends bytes of the value until `bytes` holds `size` of them or the value ends.
-void readUpTo(KLV::Value& value, std::vector<Byte>& bytes, UInt64 size)
-{
-    constexpr UInt64 PIECE = 64 * 1024;
-    while (bytes.size() < size)
-    {
-        const std::size_t at = bytes.size();
-        bytes.resize(at + std::min(size - at, PIECE));
-        const UInt64 got = value.read(bytes.data() + at, bytes.size() - at);
-        bytes.resize(at + got);
-        if (got == 0)
-            return;
-    }
-}
-
 // A collection reserves room by its count, and a count or a length in a damaged file may claim
 // far more than the file holds. So the batch is built from a copy of its own bytes, read in
 // pieces as they really arrive, and only when the value can hold what the header claims;
@@ -59,13 +46,13 @@ void readUpTo(KLV::Value& value, std::vector<Byte>& bytes, UInt64 size)
 Types::Batch readEssenceContainers(KLV::Value& value)
 {
     std::vector<Byte> bytes;
-    readUpTo(value, bytes, 8);
+    KLV::readUpTo(value, bytes, 8);
     if (bytes.size() == 8)
     {
-        const UInt64 count = UInt64(bytes[0]) << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
-        const UInt64 size = UInt64(bytes[4]) << 24 | bytes[5] << 16 | bytes[6] << 8 | bytes[7];
+        const UInt64 count = ByteCoders::readBigEndian<Platform::UInt32>(bytes.data());
+        const UInt64 size = ByteCoders::readBigEndian<Platform::UInt32>(bytes.data() + 4);
         if (count * size <= value.remaining())
-            readUpTo(value, bytes, 8 + count * size);
+            KLV::readUpTo(value, bytes, 8 + count * size);
     }
     DataIO::Memory::MemoryDataSource batch(bytes.data(), bytes.size());
     return Types::Batch(batch, Types::TypeIdentifiers::TYPE_UL);

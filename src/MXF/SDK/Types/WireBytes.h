@@ -1,8 +1,9 @@
 #pragma once
 
 #include "Allocation.h"
+#include "MXF/SDK/ByteCoders/BigEndian.h"
+#include "MXF/SDK/KLV/ReadExact.h"
 #include "MXF/SDK/Platform/Types.h"
-#include "MXF/SDK/Types/BigEndian.h"
 
 #include <array>
 #include <cstddef>
@@ -18,11 +19,10 @@ class BoundedDataSource;
 namespace MXF::SDK::Types::Internal
 {
 
+using ByteCoders::readBigEndian;
+using ByteCoders::writeBigEndian;
+using KLV::readExact;
 using Platform::Byte;
-
-// Calls `read` until `size` bytes have arrived. A read that gives nothing before that throws
-// InvalidLength "Invalid data size in Value: N of M bytes".
-void readExact(DataIO::DataSource& source, void* buffer, Platform::UInt64 size);
 
 // Every remaining byte of the source. More than 32 bits of them throws InvalidLength "Type size
 // exceeded".

@@ -1,6 +1,7 @@
 #include "MXF/SDK/Utils/BigUInt.h"
 
 #include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/Utils/Hex.h"
 
 #include <algorithm>
 
@@ -41,14 +42,7 @@ BigUInt::BigUInt(const std::string& digits, Platform::Int16 base) : base_(base)
     checkBase(base);
     for (auto it = digits.rbegin(); it != digits.rend(); ++it)
     {
-        const char c = *it;
-        int digit = -1;
-        if (c >= '0' && c <= '9')
-            digit = c - '0';
-        else if (c >= 'a' && c <= 'f')
-            digit = c - 'a' + 10;
-        else if (c >= 'A' && c <= 'F')
-            digit = c - 'A' + 10;
+        const int digit = hexDigit(static_cast<unsigned char>(*it));
         MXF_SDK_CHECK(digit >= 0 && digit < base, "Invalid digit.", Exceptions::InvalidValue);
         digits_.push_back(static_cast<Platform::UInt8>(digit));
     }

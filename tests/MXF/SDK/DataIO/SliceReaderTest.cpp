@@ -205,3 +205,21 @@ TEST(SliceReader, OwnedSourceAndPushedBackSlicesAreFreedWithTheReader)
     }
     EXPECT_EQ(factory.created.load(), factory.destroyed.load());
 }
+
+TEST(SliceReader, TypedReadPastTheEndThrowsTheReadersTextAndLeavesTheBytes)
+{
+    CountingFactory factory;
+    ChunkedSliceSource source(factory, {0x0a, 0x0b, 0x0c}, 2);
+    SliceReader reader(&source, false);
+    try
+    {
+        reader.readUInt32();
+        FAIL() << "no exception";
+    }
+    catch (const Exceptions::NotEnoughData& e)
+    {
+        EXPECT_EQ(e.message(), L"Not enough data to read from the source");
+    }
+    EXPECT_EQ(reader.readUInt16(), 0x0a0bu);
+    EXPECT_EQ(reader.readUInt8(), 0x0cu);
+}

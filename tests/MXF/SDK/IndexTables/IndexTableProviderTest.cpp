@@ -2,7 +2,7 @@
 // providers on multibody_180p50.mxf, whose segments the fixture README lists from its RIP and
 // packs.
 
-#include "MXF/SDK/IndexTables/IndexTableProvider.h"
+#include "MXF/SDK/MXFIO/IndexTableProvider.h"
 
 #include "MXF/SDK/DataIO/Memory/MemoryDataSource.h"
 #include "MXF/SDK/MXFIO/Essence/EssenceTestSupport.h"

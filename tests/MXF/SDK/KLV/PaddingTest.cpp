@@ -1,4 +1,4 @@
-#include "MXF/SDK/Utils/Padding.h"
+#include "MXF/SDK/KLV/Padding.h"
 
 #include "MXF/SDK/DataIO/Memory/MemoryDataSink.h"
 #include "MXF/SDK/KLV/KeyPredicates.h"

@@ -1,5 +1,6 @@
 #include "MXF/SDK/MXFIO/ContentStorageReader.h"
 
+#include "MXF/SDK/ByteCoders/BigEndian.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KLVItem.h"
 #include "MXF/SDK/KLV/KLVReader.h"
@@ -22,8 +23,7 @@ namespace
 
 UInt32 trackNumberOf(const KLV::Key& key)
 {
-    const Platform::Byte* b = key.data();
-    return UInt32(b[12]) << 24 | UInt32(b[13]) << 16 | UInt32(b[14]) << 8 | UInt32(b[15]);
+    return ByteCoders::readBigEndian<UInt32>(key.data() + 12);
 }
 
 // Generic container labels, 06 0E 2B 34 04 01 01 vv 0D 01 03 01 02 mm ww xx: the mapping mm
@@ -76,6 +76,115 @@ struct ContentStorageReader::Impl
     std::unique_ptr<Seeker> seeker_;
 };
 
+namespace
+{
+
+// The essence container data of the file's own package: the first whose package is in the file.
+std::pair<EssenceContainerData*, SourcePackage*> fileContainer(ContentStorage& storage)
+{
+    for (UInt32 i = 0; i < storage.essenceContainerDataCount(); ++i)
+        if (EssenceContainerData* data = storage.essenceContainerData(i))
+            if (SourcePackage* linked = data->linkedPackage())
+                return {data, linked};
+    return {nullptr, nullptr};
+}
+
+bool hasOPAtomPattern(const Preface& preface)
+{
+    static const Platform::Byte opAtom[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01,
+                                            0x02, 0x0D, 0x01, 0x02, 0x01, 0x10};
+    const Types::UniversalLabel* pattern = preface.operationalPattern();
+    return pattern != nullptr && KLV::equalIgnoringVersion(pattern->data(), opAtom, sizeof opAtom);
+}
+
+struct ContentPackage
+{
+    // Track number to place in the package, as the delta entries of the index count them.
+    std::map<UInt32, UInt32> elements;
+    // The body holds one essence item: a clip, whatever the label says.
+    bool singleItem = false;
+};
+
+// The elements of the first content package, in order. The system item, however many items it
+// has, is one element. What could be read of a damaged package is what the seeker knows.
+ContentPackage firstContentPackage(DataIO::RandomAccessDataSource& source, UInt64 bodyStart)
+{
+    ContentPackage package;
+    std::map<UInt32, UInt32>& elements = package.elements;
+    UInt32 essenceItems = 0;
+    try
+    {
+        source.seek(bodyStart);
+        KLV::KLVReader klv(source);
+        bool system = false;
+        for (int items = 0; items < 256 && source.remaining() != 0; ++items)
+        {
+            UInt64 skipped = 0;
+            const std::unique_ptr<KLV::KLVItem> item = klv.readKLV(skipped, 0x1000);
+            if (Packs::PartitionPack::isPartitionPack(item->key))
+            {
+                package.singleItem = essenceItems == 1;
+                break;
+            }
+            if (KLV::isFillItem(item->key))
+                continue;
+            const UInt32 number = trackNumberOf(item->key);
+            if (KLV::isGCSystemItem(item->key))
+            {
+                if (!system)
+                    elements.emplace(number, UInt32(elements.size()));
+                else
+                    elements.emplace(number, elements.begin()->second);
+                system = true;
+                continue;
+            }
+            if (elements.count(number) != 0)
+                break;
+            ++essenceItems;
+            UInt32 next = 0;
+            for (const auto& e : elements)
+                next = std::max(next, e.second + 1);
+            elements.emplace(number, next);
+            if (item->keyPosition + item->totalSize() >= source.position() + source.remaining() &&
+                item->length > 0)
+            {
+                package.singleItem = essenceItems == 1;
+                break;
+            }
+        }
+        if (source.remaining() == 0 && essenceItems == 1)
+            package.singleItem = true;
+    }
+    catch (const Exceptions::BaseException&)
+    {
+    }
+    return package;
+}
+
+// Bytes of an edit unit of clip-wrapped sound, where the descriptor says; 0 when it doesn't. The
+// block is one sample; an edit unit at a lower rate than the samples holds several.
+UInt64 clipEditUnitSize(FileDescriptor& descriptor)
+{
+    UInt64 size = 0;
+    if (const auto* wave = Metadata::metadataSetAs<WAVEAudioEssenceDescriptor>(descriptor))
+        if (wave->blockAlign() != nullptr)
+            size = wave->blockAlign()->value();
+    if (size != 0)
+        if (const auto* sound = Metadata::metadataSetAs<GenericSoundEssenceDescriptor>(descriptor))
+            if (sound->audioSamplingRate() != nullptr && descriptor.sampleRate() != nullptr)
+            {
+                const Types::Rational& samples = *sound->audioSamplingRate();
+                const Types::Rational& units = *descriptor.sampleRate();
+                const long long num = (long long)samples.numerator() * units.denominator();
+                const long long den = (long long)samples.denominator() * units.numerator();
+                if (den > 0 && num > 0 && num % den == 0)
+                    size *= UInt64(num / den);
+            }
+    return size;
+}
+
+} // namespace
+
 ContentStorageReader::ContentStorageReader(Metadata::MetadataSetOwner& owner, Reader& reader)
     : impl_(std::make_unique<Impl>(reader))
 {
@@ -86,14 +195,8 @@ ContentStorageReader::ContentStorageReader(Metadata::MetadataSetOwner& owner, Re
     Preface* preface = SubclassHelpers::findSet<Preface>(*metadata, Preface::classKey());
     MXF_SDK_CHECK_AS(preface != 0, "preface != 0", "Preface not found.", Exceptions::NotFound);
     impl_->preface = preface;
-    ContentStorage& storage = PrefaceHelpers::contentStorage(*preface);
 
-    // The essence container data whose package is in the file.
-    EssenceContainerData* data = nullptr;
-    SourcePackage* linkedPackage = nullptr;
-    for (UInt32 i = 0; i < storage.essenceContainerDataCount() && linkedPackage == nullptr; ++i)
-        if ((data = storage.essenceContainerData(i)) != nullptr)
-            linkedPackage = data->linkedPackage();
+    const auto [data, linkedPackage] = fileContainer(PrefaceHelpers::contentStorage(*preface));
     MXF_SDK_CHECK_AS(linkedPackage != 0, "linkedPackage != 0", "Source package not found.",
                      Exceptions::NotFound);
     const UInt32 bodySID = data->bodySID() != nullptr ? data->bodySID()->value() : 0;
@@ -124,90 +227,16 @@ ContentStorageReader::ContentStorageReader(Metadata::MetadataSetOwner& owner, Re
                 track->trackNumber()->value() != 0)
                 info.trackNumber2TrackID[track->trackNumber()->value()] = track->trackID()->value();
 
-    static const Platform::Byte opAtom[] = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01,
-                                            0x02, 0x0D, 0x01, 0x02, 0x01, 0x10};
-    const Types::UniversalLabel* pattern = preface->operationalPattern();
-    impl_->opAtom = pattern != nullptr && std::memcmp(pattern->data(), opAtom, 7) == 0 &&
-                    std::memcmp(pattern->data() + 8, opAtom + 8, 5) == 0;
-
-    // The elements of the first content package, in order. The system item, however many items
-    // it has, is one element. Writers label clip-wrapped essence as frame-wrapped at times, so
-    // a body of one essence item counts as a clip too.
-    std::map<UInt32, UInt32> elements;
-    UInt32 essenceItems = 0;
-    bool endAfterFirst = false;
-    DataIO::RandomAccessDataSource& source = reader.source();
-    try
-    {
-        source.seek(bodySIDPartition->bodyStart());
-        KLV::KLVReader klv(source);
-        bool system = false;
-        for (int items = 0; items < 256 && source.remaining() != 0; ++items)
-        {
-            UInt64 skipped = 0;
-            const std::unique_ptr<KLV::KLVItem> item = klv.readKLV(skipped, 0x1000);
-            if (Packs::PartitionPack::isPartitionPack(item->key))
-            {
-                endAfterFirst = essenceItems == 1;
-                break;
-            }
-            if (KLV::isFillItem(item->key))
-                continue;
-            const UInt32 number = trackNumberOf(item->key);
-            if (KLV::isGCSystemItem(item->key))
-            {
-                if (!system)
-                    elements.emplace(number, UInt32(elements.size()));
-                else
-                    elements.emplace(number, elements.begin()->second);
-                system = true;
-                continue;
-            }
-            if (elements.count(number) != 0)
-                break;
-            ++essenceItems;
-            UInt32 next = 0;
-            for (const auto& e : elements)
-                next = std::max(next, e.second + 1);
-            elements.emplace(number, next);
-            if (item->keyPosition + item->totalSize() >= source.position() + source.remaining() &&
-                item->length > 0)
-            {
-                endAfterFirst = essenceItems == 1;
-                break;
-            }
-        }
-        if (source.remaining() == 0 && essenceItems == 1)
-            endAfterFirst = true;
-    }
-    catch (const Exceptions::BaseException&)
-    {
-        // What could be read of the first content package is what the seeker knows.
-    }
-    impl_->clipWrapped = labelSaysClip(*essenceContainerUL) || (impl_->opAtom && endAfterFirst);
-
-    UInt64 constantSize = 0;
-    if (impl_->clipWrapped)
-    {
-        if (const auto* wave = Metadata::metadataSetAs<WAVEAudioEssenceDescriptor>(*descriptor))
-            if (wave->blockAlign() != nullptr)
-                constantSize = wave->blockAlign()->value();
-        // The block is one sample; an edit unit at a lower rate than the samples holds several.
-        if (constantSize != 0)
-            if (const auto* sound =
-                    Metadata::metadataSetAs<GenericSoundEssenceDescriptor>(*descriptor))
-                if (sound->audioSamplingRate() != nullptr && descriptor->sampleRate() != nullptr)
-                {
-                    const Types::Rational& samples = *sound->audioSamplingRate();
-                    const Types::Rational& units = *descriptor->sampleRate();
-                    const long long num = (long long)samples.numerator() * units.denominator();
-                    const long long den = (long long)samples.denominator() * units.numerator();
-                    if (den > 0 && num > 0 && num % den == 0)
-                        constantSize *= UInt64(num / den);
-                }
-    }
-    impl_->seeker_ = std::make_unique<Seeker>(reader, bodySID, info.indexSID, std::move(elements),
-                                              impl_->clipWrapped, constantSize);
+    impl_->opAtom = hasOPAtomPattern(*preface);
+    ContentPackage package = firstContentPackage(reader.source(), bodySIDPartition->bodyStart());
+    // Writers label clip-wrapped essence as frame-wrapped at times, so an OP-Atom body of one
+    // essence item counts as a clip too.
+    impl_->clipWrapped =
+        labelSaysClip(*essenceContainerUL) || (impl_->opAtom && package.singleItem);
+    const UInt64 constantSize = impl_->clipWrapped ? clipEditUnitSize(*descriptor) : 0;
+    impl_->seeker_ =
+        std::make_unique<Seeker>(reader, bodySID, info.indexSID, std::move(package.elements),
+                                 impl_->clipWrapped, constantSize);
 }
 
 ContentStorageReader::~ContentStorageReader() = default;
@@ -350,9 +379,7 @@ Int64 ContentStorageReader::trackDuration(UInt32 trackNumberValue)
         else if (duration <= 0)
             duration = fromEssence;
     }
-    MXF_SDK_CHECK_AS(impl_->seeker_->trackNumberExists(trackNumberValue),
-                     "impl_ -> seeker_ -> trackNumberExists (trackNumberValue)",
-                     "Track Number not found in this content Storage.", Exceptions::NotFound);
+    impl_->seeker_->requireTrackNumber(trackNumberValue);
     return duration;
 }
 

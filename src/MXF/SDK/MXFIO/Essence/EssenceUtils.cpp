@@ -2,8 +2,8 @@
 
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/MXFIO/Reader.h"
+#include "MXF/SDK/Utils/Hex.h"
 
-#include <cstdio>
 #include <string>
 
 namespace MXF::SDK::MXFIO::EssenceUtils
@@ -12,12 +12,7 @@ namespace MXF::SDK::MXFIO::EssenceUtils
 namespace
 {
 
-std::string hex(UInt64 value)
-{
-    char text[24];
-    std::snprintf(text, sizeof text, "%llx", static_cast<unsigned long long>(value));
-    return text;
-}
+using Utils::hex;
 
 // The footer, by every route the reader knows; null when none is found.
 Partition* footerOf(Reader& reader)

@@ -1,5 +1,8 @@
 #include "MXF/SDK/MXFIO/Seeker.h"
 
+#include "MXF/SDK/ByteCoders/BERCoder.h"
+#include "MXF/SDK/ByteCoders/BigEndian.h"
+#include "MXF/SDK/Exceptions/Checked.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KLVItem.h"
 #include "MXF/SDK/KLV/KLVReader.h"
@@ -10,13 +13,19 @@
 namespace MXF::SDK::MXFIO
 {
 
+using Exceptions::checkedAdd;
+using Exceptions::checkedMul;
+using Exceptions::checkedSub;
+
 namespace
 {
 
+// A segment whose positions, with the edit unit asked for, leave 64 bits.
+constexpr char OUT_OF_RANGE[] = "Index table segment position out of range.";
+
 UInt32 trackNumberOf(const KLV::Key& key)
 {
-    const Platform::Byte* b = key.data();
-    return UInt32(b[12]) << 24 | UInt32(b[13]) << 16 | UInt32(b[14]) << 8 | UInt32(b[15]);
+    return ByteCoders::readBigEndian<UInt32>(key.data() + 12);
 }
 
 // An index whose stream offsets go backwards can't be told from its good entries: none is used.
@@ -53,6 +62,13 @@ Seeker::~Seeker() = default;
 bool Seeker::trackNumberExists(UInt32 number) const
 {
     return elements_.find(number) != elements_.end();
+}
+
+void Seeker::requireTrackNumber(UInt32 number) const
+{
+    MXF_SDK_CHECK_AS(trackNumberExists(number),
+                     "impl_ -> seeker_ -> trackNumberExists (trackNumberValue)",
+                     "Track Number not found in this content Storage.", Exceptions::NotFound);
 }
 
 bool Seeker::hasIndex()
@@ -133,67 +149,113 @@ std::optional<ElementPlace> Seeker::indexed(UInt32 trackNumber, Int64 editUnit)
 std::optional<ElementPlace> Seeker::fromSegment(const IndexTables::IndexTableSegment& segment,
                                                 UInt32 element, Int64 editUnit)
 {
-    const Int64 local = editUnit - segment.indexStartPosition().value();
-    const Int64 duration = segment.indexDuration().value();
-    const UInt64 byteCount =
-        segment.hasEditUnitByteCount() ? segment.editUnitByteCount().value() : 0;
-    if (local < 0 || (local >= duration && !(duration == 0 && byteCount != 0)))
+    const std::optional<StreamSpan> span = streamSpan(segment, element, editUnit);
+    if (!span)
         return std::nullopt;
-    UInt32 sliceNumber = 0, elementDelta = 0;
+    return clipWrapped_ ? inClip(*span) : atElementKey(span->offset, element);
+}
+
+namespace
+{
+
+// The edit unit's entry in the segment, or none when the segment doesn't cover it. A segment of
+// no duration with a constant edit unit size covers every edit unit from its start on.
+std::optional<Int64> localIndex(const IndexTables::IndexTableSegment& segment, Int64 editUnit)
+{
+    const Int64 local = checkedSub<Exceptions::InvalidIndexSegment>(
+        editUnit, segment.indexStartPosition().value(), OUT_OF_RANGE);
+    const Int64 duration = segment.indexDuration().value();
+    const bool constantSize = segment.hasEditUnitByteCount() && segment.editUnitByteCount().value();
+    if (local < 0 || (local >= duration && !(duration == 0 && constantSize)))
+        return std::nullopt;
+    return local;
+}
+
+struct ElementDelta
+{
+    UInt32 slice = 0;
+    UInt32 delta = 0;
+};
+
+// Where the element stands in each content package: its slice and its offset in the slice. A
+// segment without delta entries knows only element 0, at the start of the package.
+std::optional<ElementDelta> elementDelta(const IndexTables::IndexTableSegment& segment,
+                                         UInt32 element)
+{
+    ElementDelta result;
     if (element < segment.deltaEntryCount())
     {
         const IndexTables::DeltaEntry delta = segment.deltaEntry(element);
-        sliceNumber = delta.slice();
-        elementDelta = delta.elementDelta();
+        result = {delta.slice(), delta.elementDelta()};
     }
     else if (element != 0)
         return std::nullopt;
     const UInt32 slices = segment.hasSliceCount() ? segment.sliceCount().value() : 0;
-    if (sliceNumber > slices)
+    if (result.slice > slices)
         return std::nullopt;
+    return result;
+}
 
-    UInt64 streamOffset = 0, next = 0;
-    bool hasNext = false;
-    if (byteCount != 0)
+} // namespace
+
+std::optional<StreamSpan> Seeker::streamSpan(const IndexTables::IndexTableSegment& segment,
+                                             UInt32 element, Int64 editUnit)
+{
+    const std::optional<Int64> local = localIndex(segment, editUnit);
+    const std::optional<ElementDelta> delta = elementDelta(segment, element);
+    if (!local || !delta)
+        return std::nullopt;
+    StreamSpan span;
+    if (segment.hasEditUnitByteCount() && segment.editUnitByteCount().value() != 0)
     {
-        streamOffset = UInt64(editUnit) * byteCount;
-        next = streamOffset + byteCount;
-        hasNext = true;
+        const UInt64 byteCount = segment.editUnitByteCount().value();
+        span.offset =
+            checkedMul<Exceptions::InvalidIndexSegment>(UInt64(editUnit), byteCount, OUT_OF_RANGE);
+        span.next =
+            checkedAdd<Exceptions::InvalidIndexSegment>(span.offset, byteCount, OUT_OF_RANGE);
     }
     else
     {
-        if (UInt64(local) >= segment.indexEntryCount())
+        if (UInt64(*local) >= segment.indexEntryCount())
             return std::nullopt;
-        const IndexTables::IndexEntry entry = segment.indexEntry(UInt32(local));
-        streamOffset = entry.streamOffset();
-        if (sliceNumber > 0)
-            streamOffset += entry.sliceOffset(sliceNumber - 1);
-        if (UInt64(local) + 1 < segment.indexEntryCount())
-        {
-            next = segment.indexEntry(UInt32(local) + 1).streamOffset();
-            hasNext = true;
-        }
+        const IndexTables::IndexEntry entry = segment.indexEntry(UInt32(*local));
+        span.offset = entry.streamOffset();
+        if (delta->slice > 0)
+            span.offset = checkedAdd<Exceptions::InvalidIndexSegment>(
+                span.offset, UInt64(entry.sliceOffset(delta->slice - 1)), OUT_OF_RANGE);
+        if (UInt64(*local) + 1 < segment.indexEntryCount())
+            span.next = segment.indexEntry(UInt32(*local) + 1).streamOffset();
     }
-    streamOffset += elementDelta;
+    span.offset = checkedAdd<Exceptions::InvalidIndexSegment>(span.offset, UInt64(delta->delta),
+                                                              OUT_OF_RANGE);
+    return span;
+}
 
-    if (clipWrapped_)
-    {
-        // Clip wrapping: offsets count from the first byte of the clip's value.
-        if (!findClip())
-            return std::nullopt;
-        ElementPlace place;
-        place.dataPosition = clip_->dataPosition + streamOffset;
-        place.keyPosition = place.dataPosition;
-        const UInt64 clipEnd = clip_->dataPosition + clip_->size;
-        if (place.dataPosition >= clipEnd)
-            return std::nullopt;
-        const UInt64 end = hasNext ? std::min(clipEnd, clip_->dataPosition + next) : clipEnd;
-        if (end <= place.dataPosition)
-            return std::nullopt;
-        place.size = end - place.dataPosition;
-        return place;
-    }
+std::optional<ElementPlace> Seeker::inClip(const StreamSpan& span)
+{
+    // Clip wrapping: offsets count from the first byte of the clip's value.
+    if (!findClip())
+        return std::nullopt;
+    ElementPlace place;
+    place.dataPosition =
+        checkedAdd<Exceptions::InvalidIndexSegment>(clip_->dataPosition, span.offset, OUT_OF_RANGE);
+    place.keyPosition = place.dataPosition;
+    const UInt64 clipEnd =
+        checkedAdd<Exceptions::InvalidIndexSegment>(clip_->dataPosition, clip_->size, OUT_OF_RANGE);
+    if (place.dataPosition >= clipEnd)
+        return std::nullopt;
+    const UInt64 end = span.next
+                           ? std::min(clipEnd, checkedAdd<Exceptions::InvalidIndexSegment>(
+                                                   clip_->dataPosition, *span.next, OUT_OF_RANGE))
+                           : clipEnd;
+    if (end <= place.dataPosition)
+        return std::nullopt;
+    place.size = end - place.dataPosition;
+    return place;
+}
 
+std::optional<ElementPlace> Seeker::atElementKey(UInt64 streamOffset, UInt32 element)
+{
     // Frame wrapping: the place must hold the element's own key.
     const UInt64 position = absolutePosition(streamOffset);
     // The key and length are read by hand: the source then stands at the data, where the read
@@ -204,13 +266,13 @@ std::optional<ElementPlace> Seeker::fromSegment(const IndexTables::IndexTableSeg
     if (source.read(head, 17) != 17)
         return std::nullopt;
     const KLV::Key key(head);
-    const unsigned lengthBytes = head[16] < 0x80 ? 0 : head[16] & 0x7F;
-    if (lengthBytes > 8 || (head[16] >= 0x80 && lengthBytes == 0) ||
-        source.read(head + 17, lengthBytes) != lengthBytes)
+    // Forms the coder refuses, or longer than 64 bits: no element here.
+    if (head[16] == 0x80 || head[16] > 0x88)
         return std::nullopt;
-    UInt64 length = head[16] < 0x80 ? head[16] : 0;
-    for (unsigned i = 0; i < lengthBytes; ++i)
-        length = length << 8 | head[17 + i];
+    const UInt32 lengthSize = ByteCoders::BERCoder::decodedSize(head[16]);
+    if (source.read(head + 17, lengthSize - 1) != lengthSize - 1)
+        return std::nullopt;
+    const UInt64 length = ByteCoders::BERCoder::decode(head + 16, lengthSize);
     const bool element0System = KLV::isGCSystemItem(key);
     if (!(KLV::isEssenceKey(key) || element0System))
         return std::nullopt;
@@ -218,7 +280,7 @@ std::optional<ElementPlace> Seeker::fromSegment(const IndexTables::IndexTableSeg
                                      [&](const auto& e) { return e.second == element; });
     if (wanted == elements_.end() || (!element0System && trackNumberOf(key) != wanted->first))
         return std::nullopt;
-    return ElementPlace{position, position + 17 + lengthBytes, length};
+    return ElementPlace{position, position + 16 + lengthSize, length};
 }
 
 UInt64 Seeker::absolutePosition(UInt64 offset)

@@ -1,4 +1,4 @@
-#include "MXF/SDK/IndexTables/IndexTableProvider.h"
+#include "MXF/SDK/MXFIO/IndexTableProvider.h"
 
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/KLVItem.h"
@@ -12,9 +12,15 @@ namespace MXF::SDK::IndexTables
 namespace
 {
 
+// One past the segment's last edit unit; a sum beyond 64 bits stops at the end of the range.
 Int64 endOf(const IndexTableSegment& segment)
 {
-    return segment.indexStartPosition().value() + segment.indexDuration().value();
+    const Int64 start = segment.indexStartPosition().value();
+    const Int64 duration = segment.indexDuration().value();
+    Int64 end = 0;
+    if (__builtin_add_overflow(start, duration, &end))
+        return duration > 0 ? INT64_MAX : INT64_MIN;
+    return end;
 }
 
 bool isOpenEndedCBE(const IndexTableSegment& segment)

@@ -1,10 +1,10 @@
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/Sample.h"
 
 #include "Framework/Sanitizer.h"
 #include "MXF/SDK/DataIO/Block.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/Synchronization/SpinLock.h"
-#include "Transcoder/Allocation.h"
+#include "Transcoder/Samples/Allocation.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "Transcoder/EssenceTrackInfo.h"
+#include "Transcoder/Samples/EssenceTrackInfo.h"
 
 #include "MXF/SDK/Types/Factories/UIDFactory.h"
 

@@ -1,4 +1,4 @@
-#include "Transcoder/SampleBlockAdapter.h"
+#include "Transcoder/Samples/SampleBlockAdapter.h"
 
 #include "MXF/SDK/Utils/FixedSizeAllocator.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/Sample.h"
 
 #include <cstdint>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "KEP/Halvorn/KEPCodecPipe.h"
 
-#include "Transcoder/Allocation.h"
+#include "Transcoder/Samples/Allocation.h"
 
 namespace KEP::Halvorn
 {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "MXF/SDK/DataIO/Block.h"
-#include "Transcoder/Sample.h"
+#include "Transcoder/Samples/Sample.h"
 
 #include <cstddef>
 
