@@ -25,6 +25,11 @@ bool isGroup(const Key& key) noexcept
 constexpr Byte FILL_ITEM_BYTES[16] = {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x01,
                                       0x03, 0x01, 0x02, 0x10, 0x01, 0x00, 0x00, 0x00};
 
+constexpr Byte AVID_ROOT_OBJECT[16] = {0x80, 0x53, 0x08, 0x00, 0x36, 0x21, 0x08, 0x04,
+                                       0xB3, 0xB3, 0x98, 0xA5, 0x1C, 0x90, 0x11, 0xD4};
+constexpr Byte AVID_OBJECT_DIRECTORY[16] = {0x96, 0x13, 0xB3, 0x8A, 0x87, 0x34, 0x87, 0x46,
+                                            0xF1, 0x02, 0x96, 0xF0, 0x56, 0xE0, 0x4D, 0x2A};
+
 Key& mutableFillItemKey()
 {
     static Key key(FILL_ITEM_BYTES);
@@ -37,6 +42,26 @@ bool isFillItem(const Key& key) noexcept
 {
     return std::memcmp(key.data(), FILL_ITEM_BYTES, 7) == 0 &&
            std::memcmp(key.data() + 8, FILL_ITEM_BYTES + 8, 8) == 0;
+}
+
+bool isAvidRootObject(const Key& key) noexcept
+{
+    return std::memcmp(key.data(), AVID_ROOT_OBJECT, Key::SIZE) == 0;
+}
+
+bool isAvidObjectDirectory(const Key& key) noexcept
+{
+    return std::memcmp(key.data(), AVID_OBJECT_DIRECTORY, Key::SIZE) == 0;
+}
+
+const Byte* avidRootObjectKey() noexcept
+{
+    return AVID_ROOT_OBJECT;
+}
+
+const Byte* avidObjectDirectoryKey() noexcept
+{
+    return AVID_OBJECT_DIRECTORY;
 }
 
 bool isLocalSet(const Key& key) noexcept
