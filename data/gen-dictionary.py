@@ -132,7 +132,7 @@ MXFLIB_SIMPLE = {
     "StringArray": "UTF16CharString", "Stream": "DataStream", "DataValue": "DataValue",
     "RGBALayout": "RGBALayout", "Boolean": "Boolean", "UInt8": "UInt8", "UInt16": "UInt16",
     "UInt32": "UInt32", "UInt64": "UInt64", "Int8": "Int8", "Int16": "Int16", "Int32": "Int32",
-    "Int64": "Int64", "LayoutType": "UInt8",
+    "Int64": "Int64", "LayoutType": "UInt8", "LocalTagType": "LocalTag",
     # No batch header on the wire.
     "UInt32Array": "DataValue",
 }

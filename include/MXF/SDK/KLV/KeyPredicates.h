@@ -39,7 +39,8 @@ const Platform::Byte* avidRootObjectKey() noexcept;
 const Platform::Byte* avidObjectDirectoryKey() noexcept;
 
 // How a local set codes its tags and lengths, from byte 5; 0 for a key that is no local set.
-// localTagSize: 1, 2 or 4. localLengthSize: 1, 2 or 4, or 0 for BER-coded lengths.
+// localTagSize: 1, 2 or 4. localLengthSize: 1, 2 or 4, or 0 for BER-coded lengths. Avid's root
+// object has 2-byte tags and lengths.
 Platform::UInt8 localTagSize(const Key& key) noexcept;
 Platform::UInt8 localLengthSize(const Key& key) noexcept;
 

@@ -121,6 +121,9 @@ bool isEssenceKey(const Key& key) noexcept
 
 Platform::UInt8 localTagSize(const Key& key) noexcept
 {
+    // Avid's root object is coded as the 2-byte local sets around it.
+    if (isAvidRootObject(key))
+        return 2;
     if (!isLocalSet(key))
         return 0;
     switch (key.data()[5] & 0x18)
@@ -136,6 +139,8 @@ Platform::UInt8 localTagSize(const Key& key) noexcept
 
 Platform::UInt8 localLengthSize(const Key& key) noexcept
 {
+    if (isAvidRootObject(key))
+        return 2;
     if (!isLocalSet(key))
         return 0;
     const Byte coding = key.data()[5] & 0xE0;
