@@ -19,13 +19,28 @@ UInt32 trackNumberOf(const KLV::Key& key)
     return UInt32(b[12]) << 24 | UInt32(b[13]) << 16 | UInt32(b[14]) << 8 | UInt32(b[15]);
 }
 
+// Avid's long-GOP files may hold two index entries an edit unit, the second a copy of the first,
+// and one more for the end: then the edit unit's entry is every second one.
+UInt32 entriesPerEditUnit(const IndexTables::IndexTableSegment& segment)
+{
+    const Int64 duration = segment.indexDuration().value();
+    const UInt32 count = segment.indexEntryCount();
+    if (duration <= 0 || UInt64(duration) > count / 2)
+        return 1;
+    for (UInt32 i = 0; i < UInt32(duration); ++i)
+        if (segment.indexEntry(2 * i).streamOffset() !=
+            segment.indexEntry(2 * i + 1).streamOffset())
+            return 1;
+    return 2;
+}
+
 // An index whose stream offsets go backwards can't be told from its good entries: none is used.
 bool consistent(const std::vector<IndexTables::SegmentHandle>& segments)
 {
     bool first = true;
     UInt64 last = 0;
     for (const auto& segment : segments)
-        for (UInt32 i = 0; i < segment->indexEntryCount(); ++i)
+        for (UInt32 i = 0; i < segment->indexEntryCount(); i += entriesPerEditUnit(*segment))
         {
             const UInt64 offset = segment->indexEntry(i).streamOffset();
             if (!first && offset <= last)
@@ -162,15 +177,17 @@ std::optional<ElementPlace> Seeker::fromSegment(const IndexTables::IndexTableSeg
     }
     else
     {
-        if (UInt64(local) >= segment.indexEntryCount())
+        const UInt32 stride = entriesPerEditUnit(segment);
+        const UInt64 at = UInt64(local) * stride;
+        if (at >= segment.indexEntryCount())
             return std::nullopt;
-        const IndexTables::IndexEntry entry = segment.indexEntry(UInt32(local));
+        const IndexTables::IndexEntry entry = segment.indexEntry(UInt32(at));
         streamOffset = entry.streamOffset();
         if (sliceNumber > 0)
             streamOffset += entry.sliceOffset(sliceNumber - 1);
-        if (UInt64(local) + 1 < segment.indexEntryCount())
+        if (at + stride < segment.indexEntryCount())
         {
-            next = segment.indexEntry(UInt32(local) + 1).streamOffset();
+            next = segment.indexEntry(UInt32(at + stride)).streamOffset();
             hasNext = true;
         }
     }
