@@ -102,6 +102,11 @@ IDENTIFICATION_TARGETS = {
     "InterpolationDefinition", "PluginDefinition", "TypeDefinitionExtendibleEnumeration",
 }
 
+# Within the meta-dictionary, the definitions refer to one another (a class to its parent, a type
+# to the types it is made of) by InstanceUID, as Avid writes them: those weak references stay
+# references. A property's Type is an AUID in the register, and stays an identification.
+META_DEFINITION = "MetaDefinition"
+
 # Register types whose value class in the toolkit has its own name.
 REGISTER_SIMPLE = {
     "UInt8": "UInt8", "UInt16": "UInt16", "UInt32": "UInt32", "UInt64": "UInt64",
@@ -127,7 +132,7 @@ MXFLIB_SIMPLE = {
     "StringArray": "UTF16CharString", "Stream": "DataStream", "DataValue": "DataValue",
     "RGBALayout": "RGBALayout", "Boolean": "Boolean", "UInt8": "UInt8", "UInt16": "UInt16",
     "UInt32": "UInt32", "UInt64": "UInt64", "Int8": "Int8", "Int16": "Int16", "Int32": "Int32",
-    "Int64": "Int64", "LayoutType": "UInt8",
+    "Int64": "Int64", "LayoutType": "UInt8", "LocalTagType": "LocalTag",
     # No batch header on the wire.
     "UInt32Array": "DataValue",
 }
@@ -178,7 +183,7 @@ class Element:
         self.values = values or []
 
 
-def element_kind(prop, register_types, set_names):
+def element_kind(prop, register_types, set_names, in_meta_definition=False):
     """The value kind of a register property, in the words of the source format."""
     ul = prop["ul"]
     if ul in PROPERTY_TYPES:
@@ -194,7 +199,7 @@ def element_kind(prop, register_types, set_names):
         ref = register_types[ref_type]
         if ref["kind"] == "StrongReference":
             return "StrongReference to " + target(ref["target_class"])
-        if ref["target_class"] in IDENTIFICATION_TARGETS:
+        if ref["target_class"] in IDENTIFICATION_TARGETS and not in_meta_definition:
             return None
         return "WeakReference to " + target(ref["target_class"])
 
@@ -252,6 +257,14 @@ def element_kind(prop, register_types, set_names):
     fail("no value kind for %s of type %s" % (prop["name"], rtype))
 
 
+def is_meta_definition(name, classes):
+    while name:
+        if name == META_DEFINITION:
+            return True
+        name = classes[name].get("parent")
+    return False
+
+
 def enumeration(info):
     if not info or info.get("kind") != "Enumeration" or info.get("extendible"):
         return None
@@ -279,10 +292,11 @@ def main():
     elements = {}
     order = []
     for name in wanted:
+        in_meta = is_meta_definition(name, classes)
         for prop in classes[name]["properties"]:
             if prop["ul"] in SKIP_PROPERTIES:
                 continue
-            kind, values = element_kind(prop, register_types, set_names)
+            kind, values = element_kind(prop, register_types, set_names, in_meta)
             ul = prop["ul"]
             if ul in elements:
                 if elements[ul].kind != kind:

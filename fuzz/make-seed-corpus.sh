@@ -27,6 +27,11 @@ cut garbage damaged_garbage.mxf $((garbage - 181)) 1600
 key=$(offset damaged_bad_length.mxf element_key_at)
 cut bad_length damaged_bad_length.mxf "$key" 300
 cut truncated_tail damaged_truncated_30.mxf $(($(offset damaged_truncated_30.mxf cut_at) - 1200)) 1200
+# Avid's root object and object directory, whose keys lie outside the SMPTE registry: MediaInfo
+# lost the thread at both.
+awk '/Synchronisation lost/ { print $2 }' "$data/expected/imx50_a1.klv.txt" | while read -r at; do
+    cut "avid_$at" imx50_a1.mxf $((at - 80)) 600
+done
 
 # fuzz_packs: first byte 00 partition pack, 01 primer, 02 random index pack, 03 the partitions
 # walk over the rest. Packs are cut where MediaInfo saw them and as long as their BER says.
@@ -83,6 +88,18 @@ for fixture in xdcamhd422_1080i25 imx50_625 opatom_pcm opatom_mpeg2; do
     end=$((at + $(number "$fixture.mxf" 52 8)))
     dd if="$data/$fixture.mxf" of="$metadata/header_$fixture" bs=1 count="$end" status=none
 done
+# An Avid header: root object, meta-dictionary, dictionary, object directory. The fill that ends
+# it (144 KB) is cut off, and HeaderByteCount made to end where the fill began (its pack has a
+# 9-byte length: HeaderByteCount is at 57).
+avid=imx50_a1
+at=$(awk '$NF == "Primer" { print $1; exit }' "$data/expected/$avid.klv.txt")
+end=$(awk '/Body Partition Pack/ { print previous; exit } { previous = $1 }' \
+    "$data/expected/$avid.klv.txt")
+{
+    head -c 57 "$data/$avid.mxf"
+    printf '%016x' $((end - at)) | xxd -r -p
+    (tail -c +66 "$data/$avid.mxf" || true) | head -c $((end - 65))
+} >"$metadata/header_$avid"
 
 # fuzz_reader: the small fixtures, whole files.
 reader="$1/reader"

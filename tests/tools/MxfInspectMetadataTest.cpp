@@ -20,13 +20,20 @@ using namespace Halvorn::Test;
 namespace
 {
 
+const std::vector<std::string> AVID_FIXTURES = {"lg720p50_v1", "lg720p50_a2", "imx50_v1",
+                                                "imx50_a1"};
+
+// The fixtures made by ffmpeg: the Avid files of another writer have tests of their own.
 std::vector<std::string> fixtures(bool damaged)
 {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(testData("")))
     {
         const std::string name = entry.path().stem().string();
-        if (entry.path().extension() == ".mxf" && (name.rfind("damaged_", 0) == 0) == damaged)
+        const bool avid =
+            std::find(AVID_FIXTURES.begin(), AVID_FIXTURES.end(), name) != AVID_FIXTURES.end();
+        if (entry.path().extension() == ".mxf" && !avid &&
+            (name.rfind("damaged_", 0) == 0) == damaged)
             names.push_back(name);
     }
     std::sort(names.begin(), names.end());
@@ -399,7 +406,7 @@ TEST(MxfInspectMetadata, BrokenReferencesAndUnknownSetsAreShownForWhatTheyAre)
 TEST(MxfInspectMetadata, UsageAndInputErrorsExitTwoWithOneLine)
 {
     const std::string usage = "usage: mxf-inspect metadata FILE [--partition header|footer|OFFSET] "
-                              "[--dictionary DICTIONARY]\n";
+                              "[--dictionary DICTIONARY] [--meta]\n";
     const std::string clean = testData("opatom_pcm.mxf");
     for (const std::vector<std::string>& args :
          std::vector<std::vector<std::string>>{{"metadata"},
@@ -425,4 +432,133 @@ TEST(MxfInspectMetadata, UsageAndInputErrorsExitTwoWithOneLine)
         EXPECT_EQ(run.err.rfind("mxf-inspect: ", 0), 0u) << run.err;
         EXPECT_TRUE(run.lines.empty());
     }
+}
+
+namespace
+{
+
+// The value of the first line "INDENT NAME: VALUE" after line `from` (or the first at all).
+std::string valueAfter(const std::vector<std::string>& lines, const std::string& name,
+                       std::size_t from = 0)
+{
+    for (std::size_t i = from; i < lines.size(); ++i)
+    {
+        const std::size_t at = lines[i].find_first_not_of(' ');
+        if (at != std::string::npos && lines[i].compare(at, name.size() + 2, name + ": ") == 0)
+            return lines[i].substr(at + name.size() + 2);
+    }
+    return "";
+}
+
+std::size_t lineOf(const std::vector<std::string>& lines, const std::string& part)
+{
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        if (lines[i].find(part) != std::string::npos)
+            return i;
+    return lines.size();
+}
+
+// Avid's ResolutionID as the file has it, found through MediaInfo's trace alone: the primer's tag
+// for the property's label, the descriptor's item of that tag, its 4 value bytes from the file.
+long long resolutionIdInTheFile(const std::string& name)
+{
+    std::istringstream trace(readFile(testData("expected/" + name + ".mediainfo-trace.txt")));
+    static const std::regex ENTRY(
+        R"(^[0-9A-F]+ +LocalTagEntryBatch - ([0-9A-F]{4}) - A0240060-94EB-75CB-CE2A-CA4D51AB11D3 )");
+    std::string tag;
+    std::smatch m;
+    for (std::string line; std::getline(trace, line);)
+    {
+        if (tag.empty() && std::regex_search(line, m, ENTRY))
+            tag = m[1];
+        else if (!tag.empty() && line.find(" " + tag + " (8 bytes)") != std::string::npos)
+        {
+            const auto item = std::stoull(line.substr(0, line.find(' ')), nullptr, 16);
+            const std::string file = readFile(testData(name + ".mxf"));
+            long long value = 0;
+            for (std::size_t i = 0; i < 4; ++i)
+                value = value << 8 | static_cast<unsigned char>(file.at(item + 4 + i));
+            return value;
+        }
+    }
+    ADD_FAILURE() << "no ResolutionID in the trace of " << name;
+    return -1;
+}
+
+} // namespace
+
+TEST(MxfInspectMetadata, AvidHeadersShowNothingUnknownAndTheirAvidPropertiesAgree)
+{
+    for (const std::string& name : AVID_FIXTURES)
+        for (const bool meta : {false, true})
+        {
+            SCOPED_TRACE(name + (meta ? " --meta" : ""));
+            std::vector<std::string> args = {"metadata", testData(name + ".mxf")};
+            if (meta)
+                args.push_back("--meta");
+            const Outcome run = inspect(args);
+            EXPECT_EQ(run.status, 0);
+            EXPECT_EQ(run.err, "");
+            const auto& lines = run.lines;
+            ASSERT_GT(lines.size(), 2u);
+            EXPECT_EQ(lines[1].rfind("AvidMetadataRoot {", 0), 0u) << lines[1];
+            for (const std::string& line : lines)
+                for (const char* dark :
+                     {"unknown set", "unknown property", "misplaced", "missing", "not reached"})
+                    EXPECT_EQ(line.find(dark), std::string::npos) << line;
+
+            // The Preface's Avid properties name the packages.
+            const std::size_t material = lineOf(lines, "MaterialPackage {");
+            EXPECT_EQ(valueAfter(lines, "MasterMobID"), valueAfter(lines, "PackageUID", material));
+            EXPECT_EQ(valueAfter(lines, "EssenceFileMobID"), valueAfter(lines, "LinkedPackageUID"));
+            EXPECT_NE(valueAfter(lines, "MasterMobID"), "");
+            EXPECT_NE(valueAfter(lines, "MasterMobID"), valueAfter(lines, "EssenceFileMobID"));
+            if (name.find("_v1") != std::string::npos)
+            {
+                EXPECT_EQ(valueAfter(lines, "ResolutionID"),
+                          std::to_string(resolutionIdInTheFile(name)));
+            }
+
+            // The object directory names every set, each where it is.
+            std::smatch m;
+            const std::string directory = valueAfter(lines, "ObjectDirectory");
+            ASSERT_TRUE(std::regex_match(directory, m,
+                                         std::regex(R"((\d+) entries at \d+, each at the set )"
+                                                    R"(it names)")))
+                << directory;
+            EXPECT_EQ(m[1].str() + " sets", lines.back());
+
+            // The meta-dictionary: a line a class, or all of it.
+            const std::string classes = valueAfter(lines, "RootMetaDictionary");
+            const auto described =
+                std::count_if(lines.begin(), lines.end(),
+                              [](const std::string& line)
+                              { return line.find("ClassDefinition \"") != std::string::npos; });
+            if (meta)
+                EXPECT_GT(described, 54 * 2) << "each class, and as its properties' parent";
+            else
+            {
+                EXPECT_NE(classes.find(": 54 classes, 113 types"), std::string::npos) << classes;
+                EXPECT_EQ(described, 54);
+            }
+        }
+}
+
+TEST(MxfInspectMetadata, AvidObjectDirectoryThatDisagreesIsDamage)
+{
+    // Entry 0 names the root object; move its offset by one byte.
+    std::string bytes = readFile(testData("imx50_a1.mxf"));
+    const std::size_t directory = bytes.find("\x96\x13\xb3\x8a\x87\x34\x87\x46", 5000);
+    ASSERT_NE(directory, std::string::npos);
+    const std::size_t offset = directory + 16 + 9 + 9 + 16;
+    ++bytes.at(offset + 7);
+    TempDir dir;
+    const auto path = dir.path() / "moved.mxf";
+    std::ofstream(path, std::ios::binary) << bytes;
+    const Outcome run = inspect({"metadata", path.string()});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(oneLine(run.err)) << run.err;
+    EXPECT_NE(run.err.find("1 entries disagree with the sets found"), std::string::npos) << run.err;
+    EXPECT_NE(valueAfter(run.lines, "ObjectDirectory").find(": the set is at 5120"),
+              std::string::npos);
 }

@@ -102,6 +102,7 @@ std::string ourName(const std::string& mediaInfo)
     }
     static const std::map<std::string, std::string> NAMES = {
         {"Padding", "fill"},
+        {"Filler", "fill"},
         {"Primer", "primer"},
         {"Random Index Pack", "random index pack"},
         {"Index Table (Segment)", "index segment"},
@@ -204,6 +205,80 @@ TEST(MxfInspectKlv, CleanFilesListEveryItemAsMediaInfoNamesIt)
             ASSERT_NE(itemAt(report, 5632), nullptr);
             EXPECT_EQ(itemAt(report, 5632)->name, ourName(clipEssenceName(name)));
         }
+    }
+}
+
+TEST(MxfInspectKlv, AvidFilesListEveryItemWhereMediaInfoHasItWithNothingSkipped)
+{
+    const std::string root = "80.53.08.00.36.21.08.04.b3.b3.98.a5.1c.90.11.d4";
+    const std::string directory = "96.13.b3.8a.87.34.87.46.f1.02.96.f0.56.e0.4d.2a";
+    for (const std::string name : {"lg720p50_v1", "lg720p50_a2", "imx50_v1", "imx50_a1"})
+    {
+        SCOPED_TRACE(name);
+        const std::string path = testData(name + ".mxf");
+        const Outcome run = inspect({"klv", path});
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, "");
+        const Report report = parse(run);
+        ASSERT_FALSE(report.items.empty());
+        EXPECT_TRUE(report.skipped.empty());
+        for (std::size_t i = 1; i < report.items.size(); ++i)
+            EXPECT_EQ(report.items[i].offset, report.items[i - 1].end());
+        EXPECT_EQ(report.items.back().end(), std::filesystem::file_size(path));
+
+        std::map<unsigned long long, const Traced*> traced;
+        const std::vector<Traced> mediaInfo = mediaInfoItems(name);
+        for (const Traced& t : mediaInfo)
+        {
+            traced[t.offset] = &t;
+            const Line* line = itemAt(report, t.offset);
+            ASSERT_NE(line, nullptr) << "MediaInfo's item at " << t.offset;
+            EXPECT_EQ(line->key, t.key);
+            EXPECT_EQ(line->length, t.length);
+            EXPECT_EQ(line->name, ourName(t.name)) << "at " << t.offset << ": " << t.name;
+        }
+        // Where MediaInfo traces no item it says why: it lost the thread at Avid's two keys, it
+        // shows a clip's value in chunks, or it is filling to the end of a partition.
+        std::map<unsigned long long, std::string> notes;
+        std::ifstream in(testData("expected/" + name + ".klv.txt"));
+        static const std::regex NOTE(R"(^# (\d+) (.+)$)");
+        std::smatch m;
+        for (std::string text; std::getline(in, text);)
+            if (std::regex_match(text, m, NOTE))
+                notes.emplace(std::stoull(m[1]), m[2]);
+        const std::string file = readFile(path);
+        std::vector<std::string> avid;
+        for (const Line& line : report.items)
+        {
+            if (traced.count(line.offset))
+                continue;
+            const auto note = notes.find(line.offset);
+            const auto chunk = notes.find(line.end() - line.length);
+            if (note != notes.end() &&
+                note->second.find("Synchronisation lost") != std::string::npos)
+            {
+                avid.push_back(line.name);
+                std::string bytes;
+                for (std::size_t i = 0; i < 16; ++i)
+                {
+                    char hex[4];
+                    std::snprintf(hex, sizeof hex, i ? ".%02x" : "%02x",
+                                  static_cast<unsigned char>(file.at(line.offset + i)));
+                    bytes += hex;
+                }
+                EXPECT_EQ(line.key, bytes);
+                EXPECT_TRUE(line.key == root || line.key == directory) << line.key;
+            }
+            else if (note != notes.end() && note->second.find("filling") != std::string::npos)
+                EXPECT_EQ(line.name, "fill");
+            else
+            {
+                ASSERT_NE(chunk, notes.end())
+                    << "an item MediaInfo doesn't know, at " << line.offset;
+                EXPECT_EQ(line.name, "essence element (picture)") << chunk->second;
+            }
+        }
+        EXPECT_EQ(avid, (std::vector<std::string>{"Avid root object", "Avid object directory"}));
     }
 }
 

@@ -33,15 +33,24 @@ ClipEssence::ClipEssence(std::unique_ptr<DataIO::File::FileDataSource> file,
 
 std::string TrackTags::next(MXFIO::TrackKind kind)
 {
+    // Appended, not "v" + std::string: GCC 12 at -O3 takes that for overlapping copies.
+    std::string tag;
     switch (kind)
     {
     case MXFIO::TrackKind::PICTURE:
-        return "v" + std::to_string(pictures_++);
+        tag = 'v';
+        tag += std::to_string(pictures_++);
+        break;
     case MXFIO::TrackKind::SOUND:
-        return "a" + std::to_string(sounds_++);
+        tag = 'a';
+        tag += std::to_string(sounds_++);
+        break;
     default:
-        return "d" + std::to_string(data_++);
+        tag = 'd';
+        tag += std::to_string(data_++);
+        break;
     }
+    return tag;
 }
 
 } // namespace Halvorn::Inspect

@@ -54,13 +54,15 @@ int partitionsCommand(const std::vector<std::string>& args, std::ostream& out, s
 
 // The usage of the metadata subcommand, after "mxf-inspect ".
 inline constexpr const char* METADATA_USAGE =
-    "metadata FILE [--partition header|footer|OFFSET] [--dictionary DICTIONARY]";
+    "metadata FILE [--partition header|footer|OFFSET] [--dictionary DICTIONARY] [--meta]";
 
-// The header metadata of one partition as a tree from the Preface down (see printMetadata), then
-// "N sets". The partition is the header's unless --partition names the footer or the OFFSET of a
-// partition pack's key, the first number `partitions` writes on its line. The sets are known from
-// the compiled dictionary of the build unless --dictionary names another. A partition without
-// header metadata, or whose metadata can't be read, is an error of the file.
+// The header metadata of one partition as a tree from Avid's root object or the Preface down (see
+// printMetadata), then "N sets"; Avid's object directory is checked against the sets found, and
+// --meta shows the meta-dictionary whole. The partition is the header's unless --partition names
+// the footer or the OFFSET of a partition pack's key, the first number `partitions` writes on its
+// line. The sets are known from the compiled dictionary of the build unless --dictionary names
+// another. A partition without header metadata, or whose metadata can't be read, is an error of the
+// file.
 int metadataCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 // Each index table segment with its delta and index entries, then a line per index table, then a

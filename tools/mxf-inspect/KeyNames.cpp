@@ -75,6 +75,23 @@ std::string itemName(Byte itemType)
     }
 }
 
+// 06 0E 2B 34 02 53 01 01 0D 01 01 01 02: the sets of the AAF meta-dictionary.
+bool isMetaDefinition(const Key& key)
+{
+    static constexpr Byte HEAD[] = {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x53, 0x01,
+                                    0x01, 0x0D, 0x01, 0x01, 0x01, 0x02};
+    return std::equal(std::begin(HEAD), std::end(HEAD), key.data());
+}
+
+// 06 0E 2B 34 01 02 01 01 0E 04 03 01: Avid's own essence elements, laid out as the generic
+// container's (byte 12 the item type).
+bool isAvidEssenceElement(const Key& key)
+{
+    static constexpr Byte HEAD[] = {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x02,
+                                    0x01, 0x01, 0x0E, 0x04, 0x03, 0x01};
+    return std::equal(std::begin(HEAD), std::end(HEAD), key.data());
+}
+
 } // namespace
 
 std::string shortName(const Key& key)
@@ -92,12 +109,16 @@ std::string shortName(const Key& key)
     }
     if (isIndexTableSegmentKey(key))
         return "index segment";
-    if (isGCEssenceElement(key))
+    if (isGCEssenceElement(key) || isAvidEssenceElement(key))
         return itemName(bytes[12]);
     if (isGCSystemItem(key))
         return "essence element (system item)";
-    if (isMetadataSet(key))
+    if (isMetadataSet(key) || isMetaDefinition(key))
         return "metadata set";
+    if (isAvidRootObject(key))
+        return "Avid root object";
+    if (isAvidObjectDirectory(key))
+        return "Avid object directory";
     return "";
 }
 

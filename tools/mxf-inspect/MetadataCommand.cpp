@@ -5,6 +5,7 @@
 #include "MXF/SDK/Metadata/PartitionMetadata.h"
 #include "MXF/SDK/Platform/Platform.h"
 #include "MetadataPrinter.h"
+#include "ObjectDirectory.h"
 #include "PartitionsWalk.h"
 
 #include <charconv>
@@ -26,6 +27,7 @@ struct Arguments
     std::string file;
     std::string partition = "header";
     std::string dictionary = HALVORN_DICTIONARY_FILE;
+    bool meta = false;
 };
 
 std::optional<Arguments> parse(const std::vector<std::string>& args)
@@ -36,7 +38,9 @@ std::optional<Arguments> parse(const std::vector<std::string>& args)
     {
         const std::string& arg = args[i];
         const bool option = arg == "--partition" || arg == "--dictionary";
-        if (option && i + 1 < args.size())
+        if (arg == "--meta")
+            parsed.meta = true;
+        else if (option && i + 1 < args.size())
             (arg == "--partition" ? parsed.partition : parsed.dictionary) = args[++i];
         else if (option || haveFile || (arg.size() > 1 && arg[0] == '-'))
             return std::nullopt;
@@ -138,12 +142,23 @@ int metadataCommand(const std::vector<std::string>& args, std::ostream& out, std
         return walkStatus(path, "header metadata of the " + partition + ": " + e.what(), failed,
                           err);
     }
+    MetadataPrintOptions options;
+    options.meta = parsed->meta;
+    file->seek(found->end);
+    const std::optional<ObjectDirectoryCheck> directory =
+        checkObjectDirectory(*file, found->offset, file->position() + headerByteCount);
+    if (directory)
+        options.objectDirectory = directory->text;
     out << "header metadata of the " << partition << ": HeaderByteCount " << headerByteCount << ", "
         << metadata.partitionDictionary().primerPack().size() << " primer entries\n";
-    const MetadataPrintResult result = printMetadata(metadata, out);
+    const MetadataPrintResult result = printMetadata(metadata, out, options);
     out << result.sets << " sets\n";
     out.flush();
-    return walkStatus(path, result.damage, false, err);
+    const std::string damage =
+        directory && !directory->damage.empty()
+            ? (result.damage.empty() ? directory->damage : result.damage + "; " + directory->damage)
+            : result.damage;
+    return walkStatus(path, damage, false, err);
 }
 
 } // namespace Halvorn::Inspect

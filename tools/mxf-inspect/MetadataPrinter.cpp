@@ -4,6 +4,7 @@
 #include "LabelNames.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
 #include "MXF/SDK/KLV/IdentifierText.h"
+#include "MXF/SDK/KLV/KeyPredicates.h"
 #include "MXF/SDK/Metadata/Element.h"
 #include "MXF/SDK/Metadata/MetadataSet.h"
 #include "MXF/SDK/Platform/Platform.h"
@@ -22,6 +23,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <ostream>
 #include <set>
 #include <string>
@@ -45,9 +47,74 @@ std::string dotted(const Byte* bytes, std::size_t size)
     return Platform::toUtf8(KLV::IdentifierText::writeDottedHex(bytes, size));
 }
 
+// Appended piece by piece: GCC 12 at -O3 takes "literal" + std::string for overlapping copies.
 std::string uuidText(const Types::UUID& uuid)
 {
-    return "{" + Platform::toUtf8(uuid.toString()) + "}";
+    std::string text(1, '{');
+    text += Platform::toUtf8(uuid.toString());
+    text += '}';
+    return text;
+}
+
+std::string indexed(std::size_t i)
+{
+    std::string text(1, '[');
+    text += std::to_string(i);
+    text += "] ";
+    return text;
+}
+
+std::string quoted(const std::string& text)
+{
+    std::string out(1, '"');
+    out += text;
+    out += '"';
+    return out;
+}
+
+// Labels of the meta-dictionary, as data/aaf-objects.txt gives them.
+constexpr Byte META_DICTIONARY_KEY[] = {0x06, 0x0e, 0x2b, 0x34, 0x02, 0x53, 0x01, 0x01,
+                                        0x0d, 0x01, 0x01, 0x01, 0x02, 0x25, 0x00, 0x00};
+constexpr Byte META_NAME[] = {0x06, 0x0e, 0x2b, 0x34, 0x01, 0x01, 0x01, 0x02,
+                              0x03, 0x02, 0x04, 0x01, 0x02, 0x01, 0x00, 0x00};
+
+// 06.0e.2b.34.01.01.01.02.06.01.01.07.NN.00.00.00, the meta-model's own properties.
+Types::UniversalLabel metaProperty(Byte item)
+{
+    const Byte bytes[] = {0x06, 0x0e, 0x2b, 0x34, 0x01, 0x01, 0x01, 0x02,
+                          0x06, 0x01, 0x01, 0x07, item, 0x00, 0x00, 0x00};
+    return Types::UniversalLabel(bytes);
+}
+
+const Types::UniversalLabel PARENT_CLASS = metaProperty(0x01);
+const Types::UniversalLabel PROPERTIES = metaProperty(0x02);
+const Types::UniversalLabel IS_CONCRETE = metaProperty(0x03);
+const Types::UniversalLabel CLASS_DEFINITIONS = metaProperty(0x07);
+const Types::UniversalLabel TYPE_DEFINITIONS = metaProperty(0x08);
+
+// The name of a meta definition; empty for other sets.
+std::string metaName(const MetadataSet& set)
+{
+    const Types::BaseType* value = set.value(Types::UniversalLabel(META_NAME));
+    const auto* name = value ? Types::Visitors::getAs<Types::UTF16String>(*value) : nullptr;
+    return name ? Platform::toUtf8(name->value()) : "";
+}
+
+// The sets an element of `set` refers to strongly, in order.
+std::vector<const MetadataSet*> strongTargets(const MetadataSet& set,
+                                              const Types::UniversalLabel& label)
+{
+    std::vector<const MetadataSet*> targets;
+    const Element* element = set.findElement(label);
+    if (!element)
+        return targets;
+    if (const auto* collection = Metadata::asCollectionReferenceElement(*element))
+    {
+        for (Platform::UInt32 i = 0; i < collection->count(); ++i)
+            if (const MetadataSet* target = collection->target(i))
+                targets.push_back(target);
+    }
+    return targets;
 }
 
 // Bytes as hex; long runs are cut, as nobody reads them whole.
@@ -163,7 +230,10 @@ public:
             const Types::RGBALayout::Component component = v.component(i);
             if (component.code == 0)
                 break;
-            text_ += (i ? " " : "") + printable(component.code) + std::to_string(component.depth);
+            if (i > 0)
+                text_ += ' ';
+            text_ += printable(component.code);
+            text_ += std::to_string(component.depth);
         }
         if (text_.empty())
             text_ = "(none)";
@@ -172,8 +242,6 @@ public:
     void visit(const Types::Batch& v) override { text_ = items(v); }
 
 private:
-    static std::string quoted(const std::string& text) { return "\"" + text + "\""; }
-
     static std::string printable(Byte code)
     {
         return code >= 0x20 && code < 0x7f ? std::string(1, char(code)) : "\\x" + twoDigits(code);
@@ -184,7 +252,11 @@ private:
         ValueText item(dictionary_);
         std::string text = "[";
         for (std::size_t i = 0; i < collection.itemCount(); ++i)
-            text += (i ? ", " : "") + item.text(collection.at(i));
+        {
+            if (i > 0)
+                text += ", ";
+            text += item.text(collection.at(i));
+        }
         return text + "]";
     }
 
@@ -206,8 +278,8 @@ bool isInstanceUID(const Types::UniversalLabel& label)
 class Printer final : public Metadata::ConstElementVisitor
 {
 public:
-    Printer(PartitionMetadata& metadata, std::ostream& out)
-        : metadata_(metadata), out_(out), values_(metadata.dictionary())
+    Printer(PartitionMetadata& metadata, std::ostream& out, const MetadataPrintOptions& options)
+        : metadata_(metadata), out_(out), values_(metadata.dictionary()), options_(options)
     {
     }
 
@@ -222,8 +294,10 @@ public:
         {
             damage_.note(e.what());
         }
-        if (preface)
-            printSet(*preface, "");
+        const std::vector<MetadataSet*> roots = metadata_.sets(KLV::Key(KLV::avidRootObjectKey()));
+        const MetadataSet* top = roots.size() == 1 ? roots.front() : preface;
+        if (top)
+            printTree(*top, "");
         // Sets nested too deep for one tree start trees of their own, which may defer more.
         while (!deferred_.empty())
         {
@@ -232,7 +306,7 @@ public:
             deferred_.clear();
             for (const MetadataSet* set : deferred)
                 if (!printed_.count(set))
-                    printSet(*set, "");
+                    printTree(*set, "");
         }
         bool heading = false;
         for (const MetadataSet* set : metadata_.sets())
@@ -240,9 +314,10 @@ public:
             if (printed_.count(set))
                 continue;
             if (!heading)
-                out_ << "not reached from the Preface:\n";
+                out_ << "not reached from the " << (top == preface ? "Preface" : "root object")
+                     << ":\n";
             heading = true;
-            printSet(*set, "");
+            printTree(*set, "");
         }
         return {printed_.size(), damage_.summary()};
     }
@@ -251,7 +326,11 @@ public:
 
     void visit(const Metadata::SimpleElement& element) override
     {
-        line(name(element) + ": " + values_.text(*element.value()));
+        // Avid's root names its object directory by offset; what is there says more.
+        if (name(element) == "ObjectDirectory" && !options_.objectDirectory.empty())
+            line(name(element) + ": " + options_.objectDirectory);
+        else
+            line(name(element) + ": " + values_.text(*element.value()));
     }
 
     void visit(const Metadata::ReferenceElement& element) override
@@ -289,22 +368,34 @@ private:
     std::string heading(const MetadataSet& set) const
     {
         const Types::UUID* uid = set.instanceUID();
-        return className(set) + " " + (uid ? uuidText(*uid) : "{no InstanceUID}");
+        std::string text = className(set);
+        if (const std::string named = metaName(set); !named.empty())
+            text += " " + quoted(named);
+        return text + " " + (uid ? uuidText(*uid) : "{no InstanceUID}");
+    }
+
+    std::string unknownSet(const MetadataSet& set) const
+    {
+        const Types::UUID* uid = set.instanceUID();
+        return "unknown set " + dotted(set.key().data(), KLV::Key::SIZE) + ", " +
+               std::to_string(set.valueSize(metadata_.partitionDictionary())) + " bytes " +
+               (uid ? uuidText(*uid) : "{no InstanceUID}");
+    }
+
+    // A set and what it holds, the meta-dictionary in brief unless asked for whole.
+    void printTree(const MetadataSet& set, const std::string& lead)
+    {
+        if (!options_.meta && set.key() == KLV::Key(META_DICTIONARY_KEY))
+            printMetaSummary(set, lead);
+        else
+            printSet(set, lead);
     }
 
     void printSet(const MetadataSet& set, const std::string& lead)
     {
         printed_.insert(&set);
         const MetaMetadata::MetaMetadataSet* meta = set.metaMetadataSet();
-        if (meta)
-            line(lead + heading(set));
-        else
-        {
-            const Types::UUID* uid = set.instanceUID();
-            line(lead + "unknown set " + dotted(set.key().data(), KLV::Key::SIZE) + ", " +
-                 std::to_string(set.valueSize(metadata_.partitionDictionary())) + " bytes " +
-                 (uid ? uuidText(*uid) : "{no InstanceUID}"));
-        }
+        line(lead + (meta ? heading(set) : unknownSet(set)));
         ++depth_;
         if (meta)
         {
@@ -340,7 +431,70 @@ private:
             deferred_.push_back(target);
         }
         else
-            printSet(*target, lead);
+            printTree(*target, lead);
+    }
+
+    // The meta-dictionary in brief: a line a class, one for the types, and whatever of its sets
+    // is dark.
+    void printMetaSummary(const MetadataSet& dictionary, const std::string& lead)
+    {
+        const std::vector<const MetadataSet*> classes =
+            strongTargets(dictionary, CLASS_DEFINITIONS);
+        const std::vector<const MetadataSet*> types = strongTargets(dictionary, TYPE_DEFINITIONS);
+        printed_.insert(&dictionary);
+        line(lead + heading(dictionary) + ": " + std::to_string(classes.size()) + " classes, " +
+             std::to_string(types.size()) + " types");
+        ++depth_;
+        printDark(dictionary);
+        for (const MetadataSet* definition : classes)
+        {
+            if (!printed_.insert(definition).second)
+                continue;
+            const std::vector<const MetadataSet*> properties =
+                strongTargets(*definition, PROPERTIES);
+            std::string text = className(*definition) + " " + quoted(metaName(*definition));
+            if (const MetadataSet* parent = definition->referencedSet(PARENT_CLASS))
+                text += ": parent " + quoted(metaName(*parent));
+            text += ", " + count(properties.size(), "property", "properties");
+            const Types::BaseType* concrete = definition->value(IS_CONCRETE);
+            const auto* isConcrete =
+                concrete ? Types::Visitors::getAs<Types::Boolean>(*concrete) : nullptr;
+            if (isConcrete && !isConcrete->value())
+                text += ", abstract";
+            line(text);
+            ++depth_;
+            printDark(*definition);
+            for (const MetadataSet* property : properties)
+                if (printed_.insert(property).second)
+                    printDark(*property);
+            --depth_;
+        }
+        std::map<std::string, std::size_t> kinds;
+        for (const MetadataSet* type : types)
+            ++kinds[className(*type)];
+        std::string text = "TypeDefinitions: " + std::to_string(types.size());
+        const char* separator = " (";
+        for (const auto& [kind, number] : kinds)
+        {
+            text += separator + std::to_string(number) + " " + kind;
+            separator = ", ";
+        }
+        line(kinds.empty() ? text : text + ")");
+        ++depth_;
+        for (const MetadataSet* type : types)
+            if (printed_.insert(type).second)
+                printDark(*type);
+        --depth_;
+        --depth_;
+    }
+
+    // The dark lines of a set whose known properties aren't shown.
+    void printDark(const MetadataSet& set)
+    {
+        if (!set.metaMetadataSet())
+            line(unknownSet(set));
+        for (const auto& element : set.invalidElements())
+            printInvalid(set, *element);
     }
 
     void printValues(const Metadata::CollectionElement& element)
@@ -356,14 +510,18 @@ private:
         {
             std::string text;
             for (const std::string& item : items)
-                text += (text.empty() ? "" : ", ") + item;
+            {
+                if (!text.empty())
+                    text += ", ";
+                text += item;
+            }
             line(name(element) + ": [" + text + "]");
             return;
         }
         line(name(element) + ": " + count(items.size()));
         ++depth_;
         for (std::size_t i = 0; i < items.size(); ++i)
-            line("[" + std::to_string(i) + "] " + items[i]);
+            line(indexed(i) + items[i]);
         --depth_;
     }
 
@@ -375,15 +533,15 @@ private:
         {
             const auto* reference = Types::Visitors::asReference(element.at(i));
             if (reference)
-                printReference("[" + std::to_string(i) + "] ", element.isStrong(),
-                               reference->uuid(), element.target(i));
+                printReference(indexed(i), element.isStrong(), reference->uuid(),
+                               element.target(i));
         }
         --depth_;
     }
 
-    static std::string count(std::size_t n)
+    static std::string count(std::size_t n, const char* one = "item", const char* many = "items")
     {
-        return std::to_string(n) + (n == 1 ? " item" : " items");
+        return std::to_string(n) + " " + (n == 1 ? one : many);
     }
 
     void printInvalid(const MetadataSet& set, const Element& element)
@@ -424,6 +582,7 @@ private:
     PartitionMetadata& metadata_;
     std::ostream& out_;
     ValueText values_;
+    const MetadataPrintOptions& options_;
     std::set<const MetadataSet*> printed_;
     std::vector<const MetadataSet*> deferred_;
     Damage damage_;
@@ -432,9 +591,10 @@ private:
 
 } // namespace
 
-MetadataPrintResult printMetadata(PartitionMetadata& metadata, std::ostream& out)
+MetadataPrintResult printMetadata(PartitionMetadata& metadata, std::ostream& out,
+                                  const MetadataPrintOptions& options)
 {
-    return Printer(metadata, out).run();
+    return Printer(metadata, out, options).run();
 }
 
 } // namespace Halvorn::Inspect

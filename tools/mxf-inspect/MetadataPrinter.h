@@ -16,7 +16,16 @@ struct MetadataPrintResult
     std::string damage;
 };
 
-// Writes the sets of `metadata` as a tree from the Preface down, two spaces of indent a level:
+struct MetadataPrintOptions
+{
+    // The whole meta-dictionary, set by set; else a line per class.
+    bool meta = false;
+    // What was found of Avid's object directory, shown for the root's ObjectDirectory.
+    std::string objectDirectory;
+};
+
+// Writes the sets of `metadata` as a tree, two spaces of indent a level, from Avid's root object
+// if there is one, else from the Preface:
 //   SET:      [NAME: ]CLASS {INSTANCEUID}        then its properties one level in
 //   property: NAME: VALUE
 //   weak:     NAME: -> CLASS {UUID}              or "-> missing {UUID}"
@@ -28,13 +37,18 @@ struct MetadataPrintResult
 //             unparsed NAME LABEL, tag T, N bytes: VALUE     this set's, but its value didn't parse
 // Classes and properties by their dictionary names; labels in dotted hex with their register
 // name where known; rationals as 25/1, timestamps as 2011-03-04T05:06:07.008Z, UUIDs and UMIDs in
-// their text forms; strong references nested, weak ones by target. A set strongly referred to
-// twice is written once, later mentions are "NAME: => CLASS {UUID}"; one nested 64 levels deep
-// is "NAME: => CLASS {UUID} (continued below)" and starts a tree of its own after
-// "continued from above:". Sets the tree doesn't reach follow "not reached from the Preface:".
+// their text forms; strong references nested, weak ones by target, meta definitions with their
+// names ("ClassDefinition "Sequence" {UUID}"). A set strongly referred to twice is written once,
+// later mentions are "NAME: => CLASS {UUID}"; one nested 64 levels deep is "NAME: => CLASS {UUID}
+// (continued below)" and starts a tree of its own after "continued from above:". Sets the tree
+// doesn't reach follow "not reached from the Preface:" (or "from the root object:").
+// Unless `options.meta`, a MetaDictionary is one line, "NAME: MetaDictionary {UUID}: N classes,
+// M types", with a line a class, "ClassDefinition "NAME": parent "PARENT", N properties[,
+// abstract]", and one for the types, "TypeDefinitions: N: COUNT KIND, ..."; the dark lines of
+// its sets still show, under their class or the types.
 // Damage: no single Preface, references with no target. The metadata isn't changed, but writing may
 // ask the partition's dictionary for tags.
 MetadataPrintResult printMetadata(MXF::SDK::Metadata::PartitionMetadata& metadata,
-                                  std::ostream& out);
+                                  std::ostream& out, const MetadataPrintOptions& options = {});
 
 } // namespace Halvorn::Inspect

@@ -51,7 +51,9 @@ std::string containers(const Types::Batch& batch)
     for (std::size_t i = 0; i < batch.itemCount(); ++i)
     {
         const auto* container = Types::Visitors::getAs<Types::UniversalLabel>(batch.at(i));
-        text += (i ? "," : "") + (container ? label(container->data()) : std::string("?"));
+        if (i > 0)
+            text += ',';
+        text += container ? label(container->data()) : std::string("?");
     }
     return text.empty() ? "none" : text;
 }

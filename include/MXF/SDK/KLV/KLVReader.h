@@ -24,7 +24,8 @@ public:
     // Reads the next item and leaves the source at its first value byte. `skippedOut` counts the
     // bytes passed over to find the key (kept up to date during the search, so it is meaningful
     // after an exception too); at most `maxSkip` are passed over, 0 meaning that a key must start
-    // here. A key starts with 06 0E 2B 34 and a fifth byte of 0, 1, 2, 3 or 5.
+    // here. A key starts with 06 0E 2B 34 and a fifth byte of 0, 1, 2, 3 or 5, or is one of Avid's
+    // two private keys, whole (isAvidRootObject, isAvidObjectDirectory).
     // Throws NotEnoughData "Not enough data" when the source ends within the search, the key or
     // the length; KeyNotFound when more than `maxSkip` bytes would be passed; InvalidFormat
     // "Invalid BER size: 0x80" (or 0xff) for a bad first length byte. The source then stands

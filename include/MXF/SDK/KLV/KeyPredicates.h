@@ -37,8 +37,17 @@ bool isGCEssenceElement(const Key& key) noexcept;
 bool isGCSystemItem(const Key& key) noexcept;
 bool isEssenceKey(const Key& key) noexcept;
 
+// Avid header metadata carries two items whose keys lie outside the SMPTE registry: its root
+// object, right after the primer, and its object directory, a table of InstanceUIDs and offsets.
+// Both compare all 16 bytes.
+bool isAvidRootObject(const Key& key) noexcept;
+bool isAvidObjectDirectory(const Key& key) noexcept;
+const Platform::Byte* avidRootObjectKey() noexcept;
+const Platform::Byte* avidObjectDirectoryKey() noexcept;
+
 // How a local set codes its tags and lengths, from byte 5; 0 for a key that is no local set.
-// localTagSize: 1, 2 or 4. localLengthSize: 1, 2 or 4, or 0 for BER-coded lengths.
+// localTagSize: 1, 2 or 4. localLengthSize: 1, 2 or 4, or 0 for BER-coded lengths. Avid's root
+// object has 2-byte tags and lengths.
 Platform::UInt8 localTagSize(const Key& key) noexcept;
 Platform::UInt8 localLengthSize(const Key& key) noexcept;
 

@@ -3,9 +3,12 @@
 #include "MXF/SDK/ByteCoders/BERCoder.h"
 #include "MXF/SDK/DataIO/DataSource.h"
 #include "MXF/SDK/Exceptions/Exceptions.h"
+#include "MXF/SDK/KLV/KeyPredicates.h"
 #include "MXF/SDK/KLV/ReadExact.h"
 #include "MXF/SDK/Utils/Hex.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -30,12 +33,24 @@ struct ReadState
     Byte window[WINDOW] = {};
 };
 
+constexpr std::size_t REST = Key::SIZE - WINDOW;
+
 // Labels (fifth byte 04) and anything above 05 are no key start, so that a label or a lone
 // prefix stored inside damaged bytes isn't taken for an item.
-bool isKeyStart(const Byte* window) noexcept
+bool isSmpteKeyStart(const Byte* window) noexcept
 {
     return window[0] == 0x06 && window[1] == 0x0E && window[2] == 0x2B && window[3] == 0x34 &&
            (window[4] <= 0x03 || window[4] == 0x05);
+}
+
+// Avid's two private keys start items too, but only when all 16 bytes match: their first bytes
+// alone are too likely in damaged data. The first of the two keys that `window` begins, or null.
+const Byte* avidKeyStartingWith(const Byte* window) noexcept
+{
+    for (const Byte* key : {avidRootObjectKey(), avidObjectDirectoryKey()})
+        if (std::memcmp(window, key, WINDOW) == 0)
+            return key;
+    return nullptr;
 }
 
 void readOrThrow(DataIO::DataSource& source, Byte* buffer, std::size_t size)
@@ -71,15 +86,17 @@ public:
             return;
         }
         skippedOut = 0;
-        readOrThrow(source_, state.window, WINDOW);
-        while (!isKeyStart(state.window))
+        Lookahead ahead;
+        take(ahead, state.window, WINDOW);
+        Byte bytes[Key::SIZE];
+        while (!keyAt(state.window, ahead, bytes))
         {
             std::memmove(state.window, state.window + 1, WINDOW - 1);
-            readOrThrow(source_, state.window + WINDOW - 1, 1);
+            take(ahead, state.window + WINDOW - 1, 1);
             ++skippedOut;
             if (skippedOut > maxSkip)
             {
-                const UInt64 position = source_.position();
+                const UInt64 position = source_.position() - ahead.size;
                 MXF_SDK_THROW(Exceptions::KeyNotFound,
                               "Exceeded maximum bytes to skip before finding a key. Started to "
                               "search at 0x" +
@@ -88,9 +105,6 @@ public:
             }
         }
         state.key.reset();
-        Byte bytes[Key::SIZE];
-        std::memcpy(bytes, state.window, WINDOW);
-        readOrThrow(source_, bytes + WINDOW, Key::SIZE - WINDOW);
         state.key = std::make_unique<Key>(bytes);
         state.position = source_.position();
     }
@@ -108,6 +122,49 @@ public:
     }
 
 private:
+    // Bytes read past the window to test an Avid key whole, and not yet moved into the window.
+    struct Lookahead
+    {
+        Byte bytes[REST] = {};
+        std::size_t size = 0;
+    };
+
+    // The next `size` bytes: those read ahead first, then the source's.
+    void take(Lookahead& ahead, Byte* out, std::size_t size)
+    {
+        const std::size_t fromAhead = std::min(size, ahead.size);
+        std::memcpy(out, ahead.bytes, fromAhead);
+        std::memmove(ahead.bytes, ahead.bytes + fromAhead, ahead.size - fromAhead);
+        ahead.size -= fromAhead;
+        readOrThrow(source_, out + fromAhead, size - fromAhead);
+    }
+
+    // Whether a key starts at `window`; if so its 16 bytes go to `key`, and nothing is left
+    // ahead.
+    bool keyAt(const Byte* window, Lookahead& ahead, Byte* key)
+    {
+        const Byte* avid = isSmpteKeyStart(window) ? nullptr : avidKeyStartingWith(window);
+        if (!isSmpteKeyStart(window) && !avid)
+            return false;
+        if (avid)
+        {
+            // A source that ends within the key leaves no key, not a failure: the search goes on
+            // with the bytes there are.
+            while (ahead.size < REST)
+            {
+                const UInt64 got = source_.read(ahead.bytes + ahead.size, REST - ahead.size);
+                if (got == 0)
+                    return false;
+                ahead.size += static_cast<std::size_t>(got);
+            }
+            if (std::memcmp(ahead.bytes, avid + WINDOW, REST) != 0)
+                return false;
+        }
+        std::memcpy(key, window, WINDOW);
+        take(ahead, key + WINDOW, REST);
+        return true;
+    }
+
     DataIO::DataSource& source_;
     std::mutex mutex_;
     std::map<std::thread::id, std::shared_ptr<ReadState>> states_;

@@ -25,6 +25,11 @@ bool isGroup(const Key& key) noexcept
 constexpr Byte FILL_ITEM_BYTES[16] = {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x01,
                                       0x03, 0x01, 0x02, 0x10, 0x01, 0x00, 0x00, 0x00};
 
+constexpr Byte AVID_ROOT_OBJECT[16] = {0x80, 0x53, 0x08, 0x00, 0x36, 0x21, 0x08, 0x04,
+                                       0xB3, 0xB3, 0x98, 0xA5, 0x1C, 0x90, 0x11, 0xD4};
+constexpr Byte AVID_OBJECT_DIRECTORY[16] = {0x96, 0x13, 0xB3, 0x8A, 0x87, 0x34, 0x87, 0x46,
+                                            0xF1, 0x02, 0x96, 0xF0, 0x56, 0xE0, 0x4D, 0x2A};
+
 Key& mutableFillItemKey()
 {
     static Key key(FILL_ITEM_BYTES);
@@ -45,6 +50,26 @@ bool equalIgnoringVersion(const Byte* bytes, const Byte* pattern, std::size_t si
 bool isFillItem(const Key& key) noexcept
 {
     return equalIgnoringVersion(key.data(), FILL_ITEM_BYTES, Key::SIZE);
+}
+
+bool isAvidRootObject(const Key& key) noexcept
+{
+    return std::memcmp(key.data(), AVID_ROOT_OBJECT, Key::SIZE) == 0;
+}
+
+bool isAvidObjectDirectory(const Key& key) noexcept
+{
+    return std::memcmp(key.data(), AVID_OBJECT_DIRECTORY, Key::SIZE) == 0;
+}
+
+const Byte* avidRootObjectKey() noexcept
+{
+    return AVID_ROOT_OBJECT;
+}
+
+const Byte* avidObjectDirectoryKey() noexcept
+{
+    return AVID_OBJECT_DIRECTORY;
 }
 
 bool isLocalSet(const Key& key) noexcept
@@ -104,6 +129,9 @@ bool isEssenceKey(const Key& key) noexcept
 
 Platform::UInt8 localTagSize(const Key& key) noexcept
 {
+    // Avid's root object is coded as the 2-byte local sets around it.
+    if (isAvidRootObject(key))
+        return 2;
     if (!isLocalSet(key))
         return 0;
     switch (key.data()[5] & 0x18)
@@ -119,6 +147,8 @@ Platform::UInt8 localTagSize(const Key& key) noexcept
 
 Platform::UInt8 localLengthSize(const Key& key) noexcept
 {
+    if (isAvidRootObject(key))
+        return 2;
     if (!isLocalSet(key))
         return 0;
     const Byte coding = key.data()[5] & 0xE0;

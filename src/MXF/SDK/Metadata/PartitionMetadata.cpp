@@ -289,7 +289,8 @@ void PartitionMetadata::read(DataIO::DataSource& source, UInt64 headerByteCount)
     while (source.position() < end)
     {
         item = reader.readKLV(skipped, 0);
-        if (isGroup(item->key))
+        // Avid's root object is a local set under a private key; its object directory is no set.
+        if (isGroup(item->key) || KLV::isAvidRootObject(item->key))
             readSet(*item);
         item.reset();
     }

@@ -174,6 +174,68 @@ TEST(KLVReader, OnlyGroupsAndDictionaryItemsStartAKey)
     }
 }
 
+TEST(KLVReader, AvidsTwoPrivateKeysStartAnItemOnlyWhenWhole)
+{
+    const Bytes root = hexBytes("80 53 08 00 36 21 08 04 b3 b3 98 a5 1c 90 11 d4");
+    const Bytes directory = hexBytes("96 13 b3 8a 87 34 87 46 f1 02 96 f0 56 e0 4d 2a");
+    const Bytes item = hexBytes("83 00 00 02  aa bb");
+    const struct
+    {
+        const char* what;
+        Bytes bytes;
+        UInt64 skipped;
+        Bytes key;
+    } cases[] = {
+        {"root object at 0", root + item + THREE_ITEMS, 0, root},
+        {"object directory at 0", directory + item, 0, directory},
+        {"root object after garbage", hexBytes("80 53 08 00") + root + item, 4, root},
+        {"directory after its own prefix",
+         Bytes(directory.begin(), directory.begin() + 9) + directory + item, 9, directory},
+        // The first 15 bytes of a key are no key: the search passes them, and finds the SMPTE
+        // key that starts within the bytes read ahead.
+        {"near-miss root object", Bytes(root.begin(), root.end() - 1) + THREE_ITEMS, 15, PARTITION},
+        {"near-miss directory",
+         Bytes(directory.begin(), directory.begin() + 5) + hexBytes("00") + THREE_ITEMS, 6,
+         PARTITION},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        forEachSplit(c.bytes,
+                     [&](DataSource& source)
+                     {
+                         KLVReader reader(source);
+                         UInt64 skipped = 0;
+                         auto found = reader.readKLV(skipped, 100);
+                         EXPECT_EQ(keyBytes(found->key), c.key);
+                         EXPECT_EQ(skipped, c.skipped);
+                         EXPECT_EQ(found->keyPosition, c.skipped);
+                         EXPECT_EQ(found->value.position(), c.skipped + 16 + found->lengthSize);
+                     });
+    }
+    // A prefix within maxSkip whose key fails is still refused, at the logical position.
+    forEachSplit(
+        Bytes(root.begin(), root.begin() + 5) + Bytes(20, 0),
+        [&](DataSource& source)
+        {
+            KLVReader reader(source);
+            UInt64 skipped = 0;
+            EXPECT_EQ(thrownMessage<Exceptions::KeyNotFound>([&] { reader.readKLV(skipped, 0); }),
+                      L"Exceeded maximum bytes to skip before finding a key. Started "
+                      L"to search at 0x0 Skipped 0x1 current position: 0x6");
+        });
+    // A source that ends within a candidate key is no key and, at the end, not enough data.
+    forEachSplit(Bytes(directory.begin(), directory.begin() + 12),
+                 [&](DataSource& source)
+                 {
+                     KLVReader reader(source);
+                     UInt64 skipped = 0;
+                     EXPECT_EQ(thrownMessage<Exceptions::NotEnoughData>(
+                                   [&] { reader.readKLV(skipped, 100); }),
+                               L"Not enough data");
+                 });
+}
+
 TEST(KLVReader, SourceEndingWithinTheSearchKeyOrLengthIsNotEnoughData)
 {
     const struct

@@ -28,6 +28,8 @@ const Key SDTI_SYSTEM_PACK = keyOf("06 0e 2b 34 02 05 01 01 0d 01 03 01 04 01 01
 const Key SDTI_PACKAGE_SET = keyOf("06 0e 2b 34 02 43 01 01 0d 01 03 01 04 01 02 01");
 const Key AVID_ESSENCE = keyOf("06 0e 2b 34 01 02 01 01 0e 04 03 01 15 01 06 01");
 const Key LABEL = keyOf("06 0e 2b 34 04 01 01 01 0d 01 02 01 01 01 09 00");
+const Key AVID_ROOT = keyOf("80 53 08 00 36 21 08 04 b3 b3 98 a5 1c 90 11 d4");
+const Key AVID_DIRECTORY = keyOf("96 13 b3 8a 87 34 87 46 f1 02 96 f0 56 e0 4d 2a");
 
 } // namespace
 
@@ -39,6 +41,19 @@ TEST(KeyPredicates, FillItemsMatchWhateverTheVersionByte)
     EXPECT_FALSE(isFillItem(keyOf("06 0e 2b 34 01 01 01 02 03 01 02 10 02 00 00 00")));
     EXPECT_FALSE(isFillItem(keyOf("06 0e 2b 34 02 01 01 02 03 01 02 10 01 00 00 00")));
     EXPECT_FALSE(isFillItem(PICTURE));
+}
+
+TEST(KeyPredicates, AvidsPrivateKeysMatchWholeAndTheRootIsA2ByteLocalSet)
+{
+    EXPECT_TRUE(isAvidRootObject(AVID_ROOT));
+    EXPECT_TRUE(isAvidObjectDirectory(AVID_DIRECTORY));
+    EXPECT_FALSE(isAvidRootObject(AVID_DIRECTORY));
+    EXPECT_FALSE(isAvidRootObject(keyOf("80 53 08 00 36 21 08 04 b3 b3 98 a5 1c 90 11 d5")));
+    EXPECT_FALSE(isAvidObjectDirectory(keyOf("96 13 b3 8a 87 34 87 46 f1 02 96 f0 56 e0 4d 2b")));
+    EXPECT_EQ(localTagSize(AVID_ROOT), 2);
+    EXPECT_EQ(localLengthSize(AVID_ROOT), 2);
+    EXPECT_EQ(localTagSize(AVID_DIRECTORY), 0);
+    EXPECT_FALSE(isMetadataSet(AVID_ROOT));
 }
 
 TEST(KeyPredicates, GroupCodingComesFromByteFive)

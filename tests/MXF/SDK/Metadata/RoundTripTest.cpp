@@ -8,6 +8,7 @@
 #include "MXF/SDK/Types/Strings.h"
 #include "MXF/SDK/Types/Visitors/Visitor.h"
 #include "MetadataTestSupport.h"
+#include "TestSupport.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -107,7 +108,8 @@ std::vector<std::string> fixtures()
 {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(dataDir()))
-        if (entry.path().extension() == ".mxf")
+        if (entry.path().extension() == ".mxf" &&
+            !Halvorn::Test::isAvidFixture(entry.path().filename().string()))
             names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;

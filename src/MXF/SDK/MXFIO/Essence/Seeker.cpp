@@ -28,13 +28,32 @@ UInt32 trackNumberOf(const KLV::Key& key)
     return ByteCoders::readBigEndian<UInt32>(key.data() + 12);
 }
 
+// Avid's long-GOP files may hold two index entries an edit unit, the second a copy of the first,
+// and one more for the end: then the edit unit's entry is every second one. Looked up on every
+// seek, so it looks at the first and the last pair only.
+UInt32 entriesPerEditUnit(const IndexTables::IndexTableSegment& segment)
+{
+    const Int64 duration = segment.indexDuration().value();
+    const UInt32 count = segment.indexEntryCount();
+    if (duration <= 0 || UInt64(duration) > count / 2)
+        return 1;
+    const auto pairEqual = [&segment](UInt32 first)
+    {
+        return segment.indexEntry(first).streamOffset() ==
+               segment.indexEntry(first + 1).streamOffset();
+    };
+    return pairEqual(0) && pairEqual(2 * (UInt32(duration) - 1)) ? 2 : 1;
+}
+
 // An index whose stream offsets go backwards can't be told from its good entries: none is used.
 bool consistent(const std::vector<IndexTables::SegmentHandle>& segments)
 {
     bool first = true;
     UInt64 last = 0;
     for (const auto& segment : segments)
-        for (UInt32 i = 0; i < segment->indexEntryCount(); ++i)
+    {
+        const UInt32 stride = entriesPerEditUnit(*segment);
+        for (UInt32 i = 0; i < segment->indexEntryCount(); i += stride)
         {
             const UInt64 offset = segment->indexEntry(i).streamOffset();
             if (!first && offset <= last)
@@ -42,6 +61,7 @@ bool consistent(const std::vector<IndexTables::SegmentHandle>& segments)
             first = false;
             last = offset;
         }
+    }
     return true;
 }
 
@@ -216,15 +236,17 @@ std::optional<StreamSpan> Seeker::streamSpan(const IndexTables::IndexTableSegmen
     }
     else
     {
-        if (UInt64(*local) >= segment.indexEntryCount())
+        const UInt32 stride = entriesPerEditUnit(segment);
+        const UInt64 at = UInt64(*local) * stride;
+        if (at >= segment.indexEntryCount())
             return std::nullopt;
-        const IndexTables::IndexEntry entry = segment.indexEntry(UInt32(*local));
+        const IndexTables::IndexEntry entry = segment.indexEntry(UInt32(at));
         span.offset = entry.streamOffset();
         if (delta->slice > 0)
             span.offset = checkedAdd<Exceptions::InvalidIndexSegment>(
                 span.offset, UInt64(entry.sliceOffset(delta->slice - 1)), OUT_OF_RANGE);
-        if (UInt64(*local) + 1 < segment.indexEntryCount())
-            span.next = segment.indexEntry(UInt32(*local) + 1).streamOffset();
+        if (at + stride < segment.indexEntryCount())
+            span.next = segment.indexEntry(UInt32(at + stride)).streamOffset();
     }
     span.offset = checkedAdd<Exceptions::InvalidIndexSegment>(span.offset, UInt64(delta->delta),
                                                               OUT_OF_RANGE);
