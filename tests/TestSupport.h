@@ -14,7 +14,9 @@
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <iterator>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -52,6 +54,38 @@ public:
 
 private:
     std::filesystem::path path_;
+};
+
+// Clears environment variables, or sets one, for one scope, and puts them back after it.
+class ScopedEnvironment
+{
+public:
+    ScopedEnvironment(std::initializer_list<const char*> names)
+    {
+        for (const char* name : names)
+        {
+            const char* value = std::getenv(name);
+            saved_.emplace_back(name, value ? std::optional<std::string>(value) : std::nullopt);
+            ::unsetenv(name);
+        }
+    }
+    ScopedEnvironment(const char* name, const std::string& value) : ScopedEnvironment({name})
+    {
+        ::setenv(name, value.c_str(), 1);
+    }
+    ~ScopedEnvironment()
+    {
+        for (const auto& [name, value] : saved_)
+            if (value)
+                ::setenv(name.c_str(), value->c_str(), 1);
+            else
+                ::unsetenv(name.c_str());
+    }
+    ScopedEnvironment(const ScopedEnvironment&) = delete;
+    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+private:
+    std::vector<std::pair<std::string, std::optional<std::string>>> saved_;
 };
 
 // Bytes 0, 1, 2, ... mixed so that a shifted or repeated run is caught.

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 using namespace Halvorn::Test;
+using Halvorn::Test::Support::thrownMessage;
 namespace Exceptions = MXF::SDK::Exceptions;
 
 TEST(BufferSliceSource, OpenEmptyGivesEmptyClosedEmptyThrowsClosedRefusesWrites)
@@ -15,25 +16,10 @@ TEST(BufferSliceSource, OpenEmptyGivesEmptyClosedEmptyThrowsClosedRefusesWrites)
     EXPECT_FALSE(buffer.eof());
     buffer.close();
     EXPECT_TRUE(buffer.eof());
-    try
-    {
-        buffer.read(10);
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::IOError& e)
-    {
-        EXPECT_EQ(e.message(),
-                  L"!impl_ -> closed_: BufferSliceSource::read: Source closed and empty!");
-    }
-    try
-    {
-        buffer.write(std::make_unique<Slice>());
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::IOError& e)
-    {
-        EXPECT_EQ(e.message(), L"this -> closed () == false: BufferSliceSource already closed.");
-    }
+    EXPECT_EQ(thrownMessage<Exceptions::IOError>([&] { buffer.read(10); }),
+              L"!impl_ -> closed_: BufferSliceSource::read: Source closed and empty!");
+    EXPECT_EQ(thrownMessage<Exceptions::IOError>([&] { buffer.write(std::make_unique<Slice>()); }),
+              L"this -> closed () == false: BufferSliceSource already closed.");
 }
 
 TEST(BufferSliceSource, ReadsWholeSlicesInOrderAndSkipsIntoThem)

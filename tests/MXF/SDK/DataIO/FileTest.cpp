@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 using namespace Halvorn::Test;
+using Halvorn::Test::Support::thrownMessage;
 using MXF::SDK::DataIO::File::FileDataSink;
 using MXF::SDK::DataIO::File::FileDataSource;
 namespace Exceptions = MXF::SDK::Exceptions;
@@ -115,16 +116,8 @@ TEST(File, OpenFailuresNameThePathAndTheReason)
 {
     TempDir dir;
     const std::wstring missing = dir.file(L"n\u00e9ant.mxf");
-    try
-    {
-        FileDataSource source(missing);
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::IOError& e)
-    {
-        EXPECT_EQ(e.message(),
-                  L"file_ != 0: Error opening: '" + missing + L"'. No such file or directory");
-    }
+    EXPECT_EQ(thrownMessage<Exceptions::IOError>([&] { FileDataSource source(missing); }),
+              L"file_ != 0: Error opening: '" + missing + L"'. No such file or directory");
     EXPECT_THROW(FileDataSink(missing, true), Exceptions::IOError) << "append needs the file";
     EXPECT_THROW(FileDataSink(dir.file(L"no/such/folder.mxf"), false), Exceptions::IOError);
 }
@@ -134,16 +127,8 @@ TEST(File, WriteFailureLeavesPositionAlone)
     if (!std::filesystem::exists("/dev/full"))
         GTEST_SKIP() << "no /dev/full";
     FileDataSink sink(L"/dev/full", false, 0);
-    try
-    {
-        sink.write("x", 1);
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::IOError& e)
-    {
-        EXPECT_EQ(e.message(),
-                  L"writeResult == howMuch: Error writing to file. No space left on device");
-    }
+    EXPECT_EQ(thrownMessage<Exceptions::IOError>([&] { sink.write("x", 1); }),
+              L"writeResult == howMuch: Error writing to file. No space left on device");
     EXPECT_EQ(sink.position(), 0u);
 }
 

@@ -7,6 +7,7 @@
 
 using namespace MXF::SDK::DataIO;
 using Halvorn::Test::patternBytes;
+using Halvorn::Test::Support::thrownMessage;
 namespace Exceptions = MXF::SDK::Exceptions;
 
 TEST(MemoryDataSource, CopiesItsBytesAndClampsEveryMove)
@@ -35,15 +36,9 @@ TEST(MemoryDataSourceAndSink, RefuseMoreThan32Bits)
 {
     const std::uint8_t byte = 0;
     // Both check the size before they touch a byte.
-    try
-    {
-        Memory::MemoryDataSource(&byte, UInt64(1) << 32);
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::IOError& e)
-    {
-        EXPECT_EQ(e.message(), L"Type size exceeded");
-    }
+    EXPECT_EQ(thrownMessage<Exceptions::IOError>(
+                  [&] { Memory::MemoryDataSource(&byte, UInt64(1) << 32); }),
+              L"Type size exceeded");
     Memory::MemoryDataSink sink;
     sink.write("abc", 3);
     EXPECT_THROW(sink.write(&byte, UINT32_MAX - 2), Exceptions::IOError);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 using namespace Halvorn::Test;
+using Halvorn::Test::Support::thrownMessage;
 namespace Exceptions = MXF::SDK::Exceptions;
 
 namespace
@@ -57,15 +58,8 @@ TEST(SliceReader, ExactReadsAtTheEnd)
     ChunkedSliceSource source(factory, bytes, 4);
     SliceReader reader(&source, false);
     EXPECT_EQ(reader.readExactly(6)->size, 6u);
-    try
-    {
-        reader.readExactly(5);
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::NotEnoughData& e)
-    {
-        EXPECT_EQ(e.message(), L"Not enough data to read from the source");
-    }
+    EXPECT_EQ(thrownMessage<Exceptions::NotEnoughData>([&] { reader.readExactly(5); }),
+              L"Not enough data to read from the source");
     // The short read went back: nothing lost.
     EXPECT_EQ(reader.position(), 6u);
     auto left = reader.read(100);
@@ -73,14 +67,7 @@ TEST(SliceReader, ExactReadsAtTheEnd)
     EXPECT_TRUE(reader.eof());
     EXPECT_EQ(reader.readExactly(0)->size, 0u) << "no throw for 0 on an exhausted reader";
     EXPECT_THROW(reader.readExactly(1), Exceptions::NotEnoughData);
-    try
-    {
-        reader.readUInt32();
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::NotEnoughData&)
-    {
-    }
+    EXPECT_THROW(reader.readUInt32(), Exceptions::NotEnoughData);
 }
 
 TEST(SliceReader, PushBackComesFirstAndReadMaxCutsWithoutCopying)

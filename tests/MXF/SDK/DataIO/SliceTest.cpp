@@ -9,6 +9,7 @@
 #include <thread>
 
 using namespace Halvorn::Test;
+using Halvorn::Test::Support::thrownMessage;
 namespace Exceptions = MXF::SDK::Exceptions;
 
 TEST(Slice, BlockDiesWithItsLastSliceAndNotBefore)
@@ -49,15 +50,9 @@ TEST(Slice, DefaultSliceIsEmptyOnTheSharedEmptyBlock)
 
 TEST(Slice, MemoryBlocksAreLimitedTo32Bits)
 {
-    try
-    {
-        MemoryBlockFactory::instance().createBlock(UInt64(1) << 32);
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::InvalidLength& e)
-    {
-        EXPECT_EQ(e.message(), L"Type size exceeded");
-    }
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidLength>(
+                  [&] { MemoryBlockFactory::instance().createBlock(UInt64(1) << 32); }),
+              L"Type size exceeded");
 }
 
 TEST(Slice, SplitAtEveryBoundaryKeepsAllBytes)

@@ -1,9 +1,12 @@
 #include "MXF/SDK/Exceptions/Exceptions.h"
 
 #include "MXF/SDK/Templates/SafeCast.h"
+#include "TestSupport.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
+
+using Halvorn::Test::Support::thrownMessage;
 
 using namespace MXF::SDK;
 
@@ -51,14 +54,12 @@ TEST(Exceptions, NarrowAndWideMessagesMeet)
         EXPECT_STREQ(e.what(), "data -> size () == COUNT: Caf\xc3\xa9 \xe2\x80\x93");
         EXPECT_NE(dynamic_cast<const Exceptions::NotEnoughData*>(&e), nullptr);
     }
-    try
-    {
-        MXF_SDK_THROW(Exceptions::OSError, L"No temporary directory defined in the system");
-    }
-    catch (const Exceptions::BaseException& e)
-    {
-        EXPECT_EQ(e.message(), L"No temporary directory defined in the system");
-    }
+    EXPECT_EQ(thrownMessage<Exceptions::OSError>(
+                  [] {
+                      MXF_SDK_THROW(Exceptions::OSError,
+                                    L"No temporary directory defined in the system");
+                  }),
+              L"No temporary directory defined in the system");
 }
 
 TEST(Exceptions, SafeCastNarrowsOrThrowsTypeSizeExceeded)
@@ -66,20 +67,11 @@ TEST(Exceptions, SafeCastNarrowsOrThrowsTypeSizeExceeded)
     EXPECT_EQ(Templates::SafeCast<std::uint32_t>(std::uint64_t(0xFFFFFFFF)), 0xFFFFFFFFu);
     EXPECT_EQ(Templates::SafeCast<std::int8_t>(-128), -128);
     EXPECT_EQ(Templates::SafeCast<std::uint64_t>(std::int64_t(5)), 5u);
-    auto expectThrow = [](auto call)
-    {
-        try
-        {
-            call();
-            ADD_FAILURE() << "no exception";
-        }
-        catch (const Exceptions::InvalidLength& e)
-        {
-            EXPECT_EQ(e.message(), L"Type size exceeded");
-        }
-    };
-    expectThrow([] { Templates::SafeCast<std::uint32_t>(std::uint64_t(0x100000000)); });
-    expectThrow([] { Templates::SafeCast<std::uint32_t>(-1); });
-    expectThrow([] { Templates::SafeCast<std::int16_t>(40000); });
-    expectThrow([] { Templates::SafeCast<std::int64_t>(UINT64_MAX); });
+    using E = Exceptions::InvalidLength;
+    const std::wstring text = L"Type size exceeded";
+    EXPECT_EQ(thrownMessage<E>([] { Templates::SafeCast<std::uint32_t>(std::uint64_t(1) << 32); }),
+              text);
+    EXPECT_EQ(thrownMessage<E>([] { Templates::SafeCast<std::uint32_t>(-1); }), text);
+    EXPECT_EQ(thrownMessage<E>([] { Templates::SafeCast<std::int16_t>(40000); }), text);
+    EXPECT_EQ(thrownMessage<E>([] { Templates::SafeCast<std::int64_t>(UINT64_MAX); }), text);
 }

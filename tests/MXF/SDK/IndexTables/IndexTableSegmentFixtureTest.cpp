@@ -334,22 +334,12 @@ TEST(IndexTableSegmentFixture, ChangedStreamOffsetsAreReadWhereTheyWereChanged)
     }
 }
 
-// ffprobe's packet list: stream index and byte position of each packet, in file order.
-std::map<int, std::vector<std::pair<long long, UInt64>>> packets(const std::string& name)
+// ffprobe's packets by stream, each in file order.
+std::map<int, std::vector<Packet>> packets(const std::string& name)
 {
-    std::ifstream in(testData("expected/" + name + ".ffprobe-packets.csv"));
-    std::map<int, std::vector<std::pair<long long, UInt64>>> byStream;
-    std::string line;
-    while (std::getline(in, line))
-    {
-        // stream,pts,dts,duration,size,pos,flags
-        std::vector<std::string> columns;
-        std::istringstream cells(line);
-        for (std::string cell; std::getline(cells, cell, ',');)
-            columns.push_back(cell);
-        byStream[std::stoi(columns.at(0))].emplace_back(std::stoll(columns.at(1)),
-                                                        std::stoull(columns.at(5)));
-    }
+    std::map<int, std::vector<Packet>> byStream;
+    for (const Packet& p : ffprobePackets(name))
+        byStream[p.stream].push_back(p);
     return byStream;
 }
 
@@ -447,11 +437,11 @@ TEST(IndexTableSegmentFixture, StreamOffsetsGiveFfprobePacketPositions)
             const DeltaEntry delta = first.deltaEntry(UInt32(firstElement + stream));
             for (std::size_t n = 0; n < list.size(); ++n)
             {
-                const auto [pts, pos] = list[n];
+                const UInt64 pos = list[n].pos;
                 UInt64 streamOffset = 0;
                 UInt64 inUnit = 0;
                 if (byteCount != 0)
-                    streamOffset = (clip ? UInt64(pts) : n) * byteCount;
+                    streamOffset = (clip ? UInt64(list[n].pts) : n) * byteCount;
                 else
                 {
                     // The segment that indexes edit unit n.

@@ -3,6 +3,7 @@
 #include "MXF/SDK/KLV/KeyPredicates.h"
 #include "TestSupport.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -28,6 +29,19 @@ Bytes valueBytes(KLVItem& item)
     Bytes out(item.length);
     item.value.readExact(out.data(), out.size());
     return out;
+}
+
+// Runs `check` with a reader of the bytes whole, and split into pieces.
+void forEachReader(const Bytes& bytes,
+                   const std::function<void(KLVReader&, UInt64& skipped, DataSource&)>& check)
+{
+    forEachSplit(bytes,
+                 [&](DataSource& source)
+                 {
+                     KLVReader reader(source);
+                     UInt64 skipped = 0;
+                     check(reader, skipped, source);
+                 });
 }
 
 // Key at 0: partition pack, 4-byte length 5. Key at 25: fill, length 0. Key at 42: picture
@@ -80,33 +94,29 @@ TEST(KLVReader, ReadsItemAfterItemWhenEachIsDropped)
 TEST(KLVReader, ReadKeyThenReadKLVReusesTheKeyWithNothingSkipped)
 {
     const Bytes bytes = hexBytes("00 11 22") + THREE_ITEMS;
-    forEachSplit(bytes,
-                 [](DataSource& source)
-                 {
-                     KLVReader reader(source);
-                     UInt64 skipped = 0;
-                     const Key key = reader.readKey(skipped, 3);
-                     EXPECT_EQ(skipped, 3u);
-                     EXPECT_EQ(keyBytes(key), PARTITION);
-                     EXPECT_EQ(source.position(), 19u) << "just after the key";
-                     auto item = reader.readKLV(skipped, 0);
-                     EXPECT_EQ(skipped, 0u);
-                     EXPECT_EQ(item->key, key);
-                     EXPECT_EQ(item->keyPosition, 3u);
-                     EXPECT_EQ(item->length, 5u);
-                 });
+    forEachReader(bytes,
+                  [](KLVReader& reader, UInt64& skipped, DataSource& source)
+                  {
+                      const Key key = reader.readKey(skipped, 3);
+                      EXPECT_EQ(skipped, 3u);
+                      EXPECT_EQ(keyBytes(key), PARTITION);
+                      EXPECT_EQ(source.position(), 19u) << "just after the key";
+                      auto item = reader.readKLV(skipped, 0);
+                      EXPECT_EQ(skipped, 0u);
+                      EXPECT_EQ(item->key, key);
+                      EXPECT_EQ(item->keyPosition, 3u);
+                      EXPECT_EQ(item->length, 5u);
+                  });
     // Anything read in between makes the next call search afresh.
-    forEachSplit(THREE_ITEMS,
-                 [](DataSource& source)
-                 {
-                     KLVReader reader(source);
-                     UInt64 skipped = 0;
-                     reader.readKey(skipped, 0);
-                     source.skip(9);
-                     auto fill = reader.readKLV(skipped, 0);
-                     EXPECT_EQ(fill->keyPosition, 25u);
-                     EXPECT_TRUE(isFillItem(fill->key));
-                 });
+    forEachReader(THREE_ITEMS,
+                  [](KLVReader& reader, UInt64& skipped, DataSource& source)
+                  {
+                      reader.readKey(skipped, 0);
+                      source.skip(9);
+                      auto fill = reader.readKLV(skipped, 0);
+                      EXPECT_EQ(fill->keyPosition, 25u);
+                      EXPECT_TRUE(isFillItem(fill->key));
+                  });
 }
 
 TEST(KLVReader, RunInSearchSkipsAtMostMaxSkipBytes)
@@ -114,33 +124,29 @@ TEST(KLVReader, RunInSearchSkipsAtMostMaxSkipBytes)
     for (const UInt64 garbage : {4u, 5u})
     {
         const Bytes bytes = Bytes(garbage, 0x06) + THREE_ITEMS;
-        forEachSplit(bytes,
-                     [&](DataSource& source)
-                     {
-                         KLVReader reader(source);
-                         UInt64 skipped = 0;
-                         if (garbage == 4)
-                         {
-                             auto item = reader.readKLV(skipped, 4);
-                             EXPECT_EQ(skipped, 4u);
-                             EXPECT_EQ(item->keyPosition, 4u);
-                             return;
-                         }
-                         EXPECT_EQ(thrownMessage<Exceptions::KeyNotFound>(
-                                       [&] { reader.readKLV(skipped, 4); }),
-                                   L"Exceeded maximum bytes to skip before finding a key. Started "
-                                   L"to search at 0x0 Skipped 0x5 current position: 0xa");
-                         EXPECT_EQ(skipped, 5u);
-                     });
+        forEachReader(bytes,
+                      [&](KLVReader& reader, UInt64& skipped, DataSource&)
+                      {
+                          if (garbage == 4)
+                          {
+                              auto item = reader.readKLV(skipped, 4);
+                              EXPECT_EQ(skipped, 4u);
+                              EXPECT_EQ(item->keyPosition, 4u);
+                              return;
+                          }
+                          EXPECT_EQ(thrownMessage<Exceptions::KeyNotFound>(
+                                        [&] { reader.readKLV(skipped, 4); }),
+                                    L"Exceeded maximum bytes to skip before finding a key. Started "
+                                    L"to search at 0x0 Skipped 0x5 current position: 0xa");
+                          EXPECT_EQ(skipped, 5u);
+                      });
     }
-    forEachSplit(hexBytes("ff") + THREE_ITEMS,
-                 [](DataSource& source)
-                 {
-                     KLVReader reader(source);
-                     UInt64 skipped = 0;
-                     EXPECT_THROW(reader.readKLV(skipped, 0), Exceptions::KeyNotFound)
-                         << "maxSkip 0: the key must start here";
-                 });
+    forEachReader(hexBytes("ff") + THREE_ITEMS,
+                  [](KLVReader& reader, UInt64& skipped, DataSource&)
+                  {
+                      EXPECT_THROW(reader.readKLV(skipped, 0), Exceptions::KeyNotFound)
+                          << "maxSkip 0: the key must start here";
+                  });
 }
 
 TEST(KLVReader, OnlyGroupsAndDictionaryItemsStartAKey)
@@ -151,26 +157,19 @@ TEST(KLVReader, OnlyGroupsAndDictionaryItemsStartAKey)
     {
         SCOPED_TRACE(lure);
         const Bytes bytes = hexBytes(lure) + hexBytes("ff ff ff ff") + THREE_ITEMS;
-        forEachSplit(bytes,
-                     [&](DataSource& source)
-                     {
-                         KLVReader reader(source);
-                         UInt64 skipped = 0;
-                         auto item = reader.readKLV(skipped, 1000);
-                         EXPECT_EQ(keyBytes(item->key), PARTITION);
-                         EXPECT_EQ(skipped, bytes.size() - THREE_ITEMS.size());
-                     });
+        forEachReader(bytes,
+                      [&](KLVReader& reader, UInt64& skipped, DataSource&)
+                      {
+                          auto item = reader.readKLV(skipped, 1000);
+                          EXPECT_EQ(keyBytes(item->key), PARTITION);
+                          EXPECT_EQ(skipped, bytes.size() - THREE_ITEMS.size());
+                      });
     }
     for (const std::uint8_t fifth : {0x00, 0x01, 0x02, 0x03, 0x05})
     {
         Bytes bytes = hexBytes("06 0e 2b 34") + Bytes{fifth} + Bytes(11, 0x01) + hexBytes("00");
-        forEachSplit(bytes,
-                     [&](DataSource& source)
-                     {
-                         KLVReader reader(source);
-                         UInt64 skipped = 0;
-                         EXPECT_EQ(reader.readKLV(skipped, 0)->key[4], fifth);
-                     });
+        forEachReader(bytes, [&](KLVReader& reader, UInt64& skipped, DataSource&)
+                      { EXPECT_EQ(reader.readKLV(skipped, 0)->key[4], fifth); });
     }
 }
 
@@ -252,15 +251,13 @@ TEST(KLVReader, SourceEndingWithinTheSearchKeyOrLengthIsNotEnoughData)
     for (const auto& c : cases)
     {
         SCOPED_TRACE(c.where);
-        forEachSplit(c.bytes,
-                     [&](DataSource& source)
-                     {
-                         KLVReader reader(source);
-                         UInt64 skipped = 0;
-                         EXPECT_EQ(thrownMessage<Exceptions::NotEnoughData>(
-                                       [&] { reader.readKLV(skipped, 100); }),
-                                   L"Not enough data");
-                     });
+        forEachReader(c.bytes,
+                      [&](KLVReader& reader, UInt64& skipped, DataSource&)
+                      {
+                          EXPECT_EQ(thrownMessage<Exceptions::NotEnoughData>(
+                                        [&] { reader.readKLV(skipped, 100); }),
+                                    L"Not enough data");
+                      });
     }
 }
 
@@ -287,33 +284,29 @@ TEST(KLVReader, LengthsOfEveryWidthAndTheBadOnes)
     for (const auto& g : good)
     {
         SCOPED_TRACE(g.ber);
-        forEachSplit(PICTURE + hexBytes(g.ber),
-                     [&](DataSource& source)
-                     {
-                         KLVReader reader(source);
-                         UInt64 skipped = 0;
-                         auto item = reader.readKLV(skipped, 0);
-                         EXPECT_EQ(item->lengthSize, g.size);
-                         EXPECT_EQ(item->length, g.length);
-                         EXPECT_EQ(item->value.position(), 16u + g.size);
-                         item.reset();
-                         EXPECT_TRUE(source.eof()) << "a length past the end stops at the end";
-                     });
+        forEachReader(PICTURE + hexBytes(g.ber),
+                      [&](KLVReader& reader, UInt64& skipped, DataSource& source)
+                      {
+                          auto item = reader.readKLV(skipped, 0);
+                          EXPECT_EQ(item->lengthSize, g.size);
+                          EXPECT_EQ(item->length, g.length);
+                          EXPECT_EQ(item->value.position(), 16u + g.size);
+                          item.reset();
+                          EXPECT_TRUE(source.eof()) << "a length past the end stops at the end";
+                      });
     }
     for (const auto& bad : {std::pair{"80 00", L"Invalid BER size: 0x80"},
                             std::pair{"ff 00", L"Invalid BER size: 0xff"}})
     {
         const std::wstring text = bad.second;
-        forEachSplit(PICTURE + hexBytes(bad.first),
-                     [&](DataSource& source)
-                     {
-                         KLVReader reader(source);
-                         UInt64 skipped = 0;
-                         EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>(
-                                       [&] { reader.readKLV(skipped, 0); }),
-                                   text);
-                         EXPECT_EQ(source.position(), 17u);
-                     });
+        forEachReader(PICTURE + hexBytes(bad.first),
+                      [&](KLVReader& reader, UInt64& skipped, DataSource& source)
+                      {
+                          EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>(
+                                        [&] { reader.readKLV(skipped, 0); }),
+                                    text);
+                          EXPECT_EQ(source.position(), 17u);
+                      });
     }
 }
 
@@ -322,17 +315,15 @@ TEST(KLVReader, ASearchThatFailedStartsAgainWhereTheSourceStands)
     // The key at 6 is half passed when the search gives up at 5 skipped bytes; the next search
     // starts at 10 and finds the fill at 31.
     const Bytes bytes = Bytes(6, 0) + THREE_ITEMS;
-    forEachSplit(bytes,
-                 [](DataSource& source)
-                 {
-                     KLVReader reader(source);
-                     UInt64 skipped = 0;
-                     EXPECT_THROW(reader.readKLV(skipped, 4), Exceptions::KeyNotFound);
-                     EXPECT_EQ(source.position(), 10u);
-                     auto fill = reader.readKLV(skipped, 100);
-                     EXPECT_EQ(fill->keyPosition, 31u);
-                     EXPECT_EQ(skipped, 21u);
-                 });
+    forEachReader(bytes,
+                  [](KLVReader& reader, UInt64& skipped, DataSource& source)
+                  {
+                      EXPECT_THROW(reader.readKLV(skipped, 4), Exceptions::KeyNotFound);
+                      EXPECT_EQ(source.position(), 10u);
+                      auto fill = reader.readKLV(skipped, 100);
+                      EXPECT_EQ(fill->keyPosition, 31u);
+                      EXPECT_EQ(skipped, 21u);
+                  });
 }
 
 TEST(KLVReader, EachThreadHasItsOwnLookAhead)

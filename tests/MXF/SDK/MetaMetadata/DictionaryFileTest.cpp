@@ -23,6 +23,7 @@ using MXF::SDK::Platform::UInt32;
 using MXF::SDK::Platform::UInt64;
 using Halvorn::Test::Support::operator+;
 using Halvorn::Test::Support::forEachSplit;
+using Halvorn::Test::Support::number;
 using Halvorn::Test::Support::thrownMessage;
 using namespace MXF::SDK;
 using namespace MXF::SDK::MetaMetadata;
@@ -261,14 +262,6 @@ bool startsWith(const Byte* key, const char* hex)
     return std::equal(head.begin(), head.end(), key);
 }
 
-std::uint32_t be(const Bytes& bytes, std::size_t at, std::size_t size)
-{
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < size; ++i)
-        value = value << 8 | bytes.at(at + i);
-    return value;
-}
-
 std::string hexText(const Byte* bytes, std::size_t size)
 {
     std::string text;
@@ -315,12 +308,12 @@ void walk(const std::filesystem::path& file, const Dictionary& dictionary, Walk&
             {
                 // Count, item size 18, then tag and label.
                 primer.clear();
-                const std::uint32_t count = be(value, 0, 4);
-                EXPECT_EQ(be(value, 4, 4), 18u) << where;
+                const std::uint32_t count = number(value, 0, 4);
+                EXPECT_EQ(number(value, 4, 4), 18u) << where;
                 for (std::uint32_t i = 0; i < count; ++i)
                 {
                     const std::size_t at = 8 + 18 * std::size_t(i);
-                    primer[std::uint16_t(be(value, at, 2))] =
+                    primer[std::uint16_t(number(value, at, 2))] =
                         Bytes(value.begin() + long(at) + 2, value.begin() + long(at) + 18);
                     if (!dictionary.metaElement(UniversalLabel(value.data() + at + 2)) &&
                         !dictionary.localTag(UniversalLabel(value.data() + at + 2)))
@@ -336,10 +329,10 @@ void walk(const std::filesystem::path& file, const Dictionary& dictionary, Walk&
                 out.faults.push_back(where + ": set key " + hexText(key, 16) + " unknown");
                 continue;
             }
-            for (std::size_t at = 0; at + 4 <= value.size(); at += 4 + be(value, at + 2, 2))
+            for (std::size_t at = 0; at + 4 <= value.size(); at += 4 + number(value, at + 2, 2))
             {
                 ++out.properties;
-                const auto tag = std::uint16_t(be(value, at, 2));
+                const auto tag = std::uint16_t(number(value, at, 2));
                 const UniversalLabel* label = nullptr;
                 std::unique_ptr<UniversalLabel> fromPrimer;
                 if (const auto entry = primer.find(tag); entry != primer.end())

@@ -63,6 +63,13 @@ std::wstring uuidText(std::uint8_t n)
     return Types::UUID(uuid(n).data()).toString();
 }
 
+// What reading a primer and then `sets` throws as an `E`.
+template <typename E>
+std::wstring readFailure(const Bytes& sets)
+{
+    return thrownMessage<E>([&] { readHeader(primer({}) + sets); });
+}
+
 TEST(MetadataStructure, PrefaceAndContentStorageAreChecked)
 {
     const Bytes empty = primer({});
@@ -97,54 +104,33 @@ TEST(MetadataStructure, PrefaceAndContentStorageAreChecked)
 
 TEST(MetadataStructure, InstanceUIDsAndCyclesAreChecked)
 {
-    const Bytes empty = primer({});
-    EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>(
-                  [&]
-                  {
-                      readHeader(empty + set(PREFACE, local(0x3c0a, uuid(1))) +
-                                 set(IDENTIFICATION, local(0x3c0a, uuid(1))));
-                  }),
+    EXPECT_EQ(readFailure<Exceptions::InvalidFormat>(set(PREFACE, local(0x3c0a, uuid(1))) +
+                                                     set(IDENTIFICATION, local(0x3c0a, uuid(1)))),
               L"The " + key(IDENTIFICATION).toString() + L" metadataSet has an instance UID, " +
                   uuidText(1) + L", already defined!");
-    EXPECT_EQ(thrownMessage<Exceptions::NotFound>(
-                  [&] {
-                      readHeader(empty + set(IDENTIFICATION, local(0x3c01, {0, 0x41})));
-                  }),
+    EXPECT_EQ(readFailure<Exceptions::NotFound>(set(IDENTIFICATION, local(0x3c01, {0, 0x41}))),
               L"InstanceUID not found in Metadata Set with key " + key(IDENTIFICATION).toString() +
                   L" Check Metadata Set builder.");
     // A set that holds itself, and a cycle through two sets.
-    EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>(
-                  [&]
-                  {
-                      readHeader(empty + set(CONTENT_STORAGE, local(0x3c0a, uuid(2)) +
-                                                                  local(0x1901, batch({uuid(2)}))));
-                  }),
+    EXPECT_EQ(readFailure<Exceptions::InvalidFormat>(
+                  set(CONTENT_STORAGE, local(0x3c0a, uuid(2)) + local(0x1901, batch({uuid(2)})))),
               L"Circular reference for this instanceUID: " + uuidText(2));
-    EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>(
-                  [&]
-                  {
-                      readHeader(empty +
-                                 set(PREFACE, local(0x3c0a, uuid(1)) + local(0x3b03, uuid(2))) +
-                                 set(CONTENT_STORAGE,
-                                     local(0x3c0a, uuid(2)) + local(0x1901, batch({uuid(1)}))));
-                  }),
+    EXPECT_EQ(readFailure<Exceptions::InvalidFormat>(
+                  set(PREFACE, local(0x3c0a, uuid(1)) + local(0x3b03, uuid(2))) +
+                  set(CONTENT_STORAGE, local(0x3c0a, uuid(2)) + local(0x1901, batch({uuid(1)})))),
               L"Circular reference for this instanceUID: " + uuidText(1));
 }
 
 TEST(MetadataReading, TagsThatDontResolveEndTheRead)
 {
-    const Bytes empty = primer({});
-    EXPECT_EQ(
-        thrownMessage<Exceptions::LocalTagNotFound>(
-            [&] { readHeader(empty + set(PREFACE, local(0x3c0a, uuid(1)) + local(0x7f7f, {1}))); }),
-        L"Dictionary does not contain static Local Tag 0x7f7f");
-    EXPECT_EQ(
-        thrownMessage<Exceptions::NotFoundInPrimer>(
-            [&] { readHeader(empty + set(PREFACE, local(0x3c0a, uuid(1)) + local(0x9999, {1}))); }),
-        L"Could not resolve local tag 0x9999 to Universal Label using either primer and the "
-        L"dictionary.");
-    EXPECT_EQ(thrownMessage<Exceptions::InvalidLocalTag>(
-                  [&] { readHeader(empty + set(PREFACE, local(0x0000, {1}))); }),
+    EXPECT_EQ(readFailure<Exceptions::LocalTagNotFound>(
+                  set(PREFACE, local(0x3c0a, uuid(1)) + local(0x7f7f, {1}))),
+              L"Dictionary does not contain static Local Tag 0x7f7f");
+    EXPECT_EQ(readFailure<Exceptions::NotFoundInPrimer>(
+                  set(PREFACE, local(0x3c0a, uuid(1)) + local(0x9999, {1}))),
+              L"Could not resolve local tag 0x9999 to Universal Label using either primer and the "
+              L"dictionary.");
+    EXPECT_EQ(readFailure<Exceptions::InvalidLocalTag>(set(PREFACE, local(0x0000, {1}))),
               L"Invalid Local Tag '00.00'");
 
     PartitionDictionary strict(dictionary());
@@ -162,12 +148,11 @@ TEST(MetadataReading, CodingAndFramingFaultsThrow)
 {
     Bytes berSet = set(PREFACE, local(0x3c0a, uuid(1)));
     berSet[5] = 0x13; // BER-coded local lengths
-    EXPECT_EQ(
-        thrownMessage<Exceptions::InvalidMetadataSet>([&] { readHeader(primer({}) + berSet); }),
-        L"Invalid Metadata Set local field length or length field length");
+    EXPECT_EQ(readFailure<Exceptions::InvalidMetadataSet>(berSet),
+              L"Invalid Metadata Set local field length or length field length");
     Bytes overlong = set(PREFACE, local(0x3c0a, uuid(1)));
     overlong[overlong.size() - 17] = 0x20; // the length says 32 where 16 are left
-    EXPECT_EQ(thrownMessage<Exceptions::InvalidLength>([&] { readHeader(primer({}) + overlong); }),
+    EXPECT_EQ(readFailure<Exceptions::InvalidLength>(overlong),
               L"Invalid data size in Value to create an element in the metadataSet.");
     EXPECT_EQ(thrownMessage<Exceptions::InvalidFormat>(
                   [&] { readHeader(set(PREFACE, local(0x3c0a, uuid(1))) + primer({})); }),

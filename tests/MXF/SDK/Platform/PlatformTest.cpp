@@ -7,42 +7,15 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <optional>
 #include <unistd.h>
 
 using namespace MXF::SDK;
+using Halvorn::Test::ScopedEnvironment;
 using Halvorn::Test::TempDir;
+using Halvorn::Test::Support::thrownMessage;
 
 namespace
 {
-
-// Sets or clears environment variables for one test and puts them back afterwards.
-class EnvironmentGuard
-{
-public:
-    explicit EnvironmentGuard(std::initializer_list<const char*> names)
-    {
-        for (const char* name : names)
-        {
-            const char* value = std::getenv(name);
-            saved_.emplace_back(name, value ? std::optional<std::string>(value) : std::nullopt);
-            ::unsetenv(name);
-        }
-    }
-    ~EnvironmentGuard()
-    {
-        for (auto& [name, value] : saved_)
-        {
-            if (value)
-                ::setenv(name.c_str(), value->c_str(), 1);
-            else
-                ::unsetenv(name.c_str());
-        }
-    }
-
-private:
-    std::vector<std::pair<std::string, std::optional<std::string>>> saved_;
-};
 
 const std::wstring CAFE = L"Caf\u00e9 \u2013 \u65e5\u672c.mxf";
 const std::string CAFE_UTF8 = "Caf\xc3\xa9 \xe2\x80\x93 \xe6\x97\xa5\xe6\x9c\xac.mxf";
@@ -114,16 +87,8 @@ TEST(Platform, OpenDescriptorFailureNamesThePath)
 {
     TempDir dir;
     const std::wstring missing = dir.file(L"none") + L"/x.mxf";
-    try
-    {
-        Platform::openDescriptor(missing, true);
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::IOError& e)
-    {
-        EXPECT_EQ(e.message(),
-                  L"Error opening file: ('" + missing + L"'): No such file or directory");
-    }
+    EXPECT_EQ(thrownMessage<Exceptions::IOError>([&] { Platform::openDescriptor(missing, true); }),
+              L"Error opening file: ('" + missing + L"'): No such file or directory");
     const int fd = Platform::openDescriptor(dir.file(L"new.bin"), false);
     EXPECT_GE(fd, 0);
     ::close(fd);
@@ -132,7 +97,7 @@ TEST(Platform, OpenDescriptorFailureNamesThePath)
 
 TEST(Platform, TemporaryDirectoryPrefersTmpThenTempThenTmpdir)
 {
-    EnvironmentGuard guard{"TMP", "TEMP", "TMPDIR"};
+    ScopedEnvironment guard{"TMP", "TEMP", "TMPDIR"};
     ::setenv("TMPDIR", "/from-tmpdir", 1);
     EXPECT_EQ(Platform::temporaryDirectory(), L"/from-tmpdir");
     ::setenv("TEMP", "/from-temp", 1);
@@ -146,20 +111,13 @@ TEST(Platform, TemporaryDirectoryPrefersTmpThenTempThenTmpdir)
     ::unsetenv("TEMP");
     ::unsetenv("TMPDIR");
     EXPECT_EQ(Platform::temporaryDirectory(), L"/tmp");
-    try
-    {
-        Platform::temporaryDirectory(L"");
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::OSError& e)
-    {
-        EXPECT_EQ(e.message(), L"No temporary directory defined in the system");
-    }
+    EXPECT_EQ(thrownMessage<Exceptions::OSError>([] { Platform::temporaryDirectory(L""); }),
+              L"No temporary directory defined in the system");
 }
 
 TEST(Platform, EnvironmentAndPlatformName)
 {
-    EnvironmentGuard guard{"MXF_SDK_PLATFORM_NAME", "HALVORN_TEST_VARIABLE"};
+    ScopedEnvironment guard{"MXF_SDK_PLATFORM_NAME", "HALVORN_TEST_VARIABLE"};
     std::wstring value = L"untouched";
     EXPECT_FALSE(Platform::getEnvironment(L"HALVORN_TEST_VARIABLE", value));
     EXPECT_EQ(value, L"untouched");
@@ -187,7 +145,7 @@ TEST(Platform, UtcTimeOfKnownInstants)
     EXPECT_EQ(leap.tm_hour, 12);
     EXPECT_EQ(leap.tm_min, 34);
     EXPECT_EQ(leap.tm_sec, 56);
-    EnvironmentGuard guard{"TZ"};
+    ScopedEnvironment guard{"TZ"};
     ::setenv("TZ", "UTC+2", 1); // POSIX sign: two hours behind UTC
     ::tzset();
     EXPECT_EQ(Platform::localTime(951827696).tm_hour, 10);

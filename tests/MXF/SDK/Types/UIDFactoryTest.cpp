@@ -55,6 +55,12 @@ long bcdDate(const Byte* bytes)
     return date;
 }
 
+std::uint32_t littleEndian32(const Byte* b)
+{
+    return std::uint32_t(b[0]) | std::uint32_t(b[1]) << 8 | std::uint32_t(b[2]) << 16 |
+           std::uint32_t(b[3]) << 24;
+}
+
 void expectNode(const Byte* bytes)
 {
     const auto& node = Platform::nodeIdentifier();
@@ -115,7 +121,7 @@ TEST(UIDFactory, TimeZoneCodesOfSMPTE309M)
 
 TEST(UIDFactory, UUIDVersionsVariantAndNode)
 {
-    ScopedEnvironment normal("deterministic_uids", std::nullopt);
+    ScopedEnvironment normal{"deterministic_uids"};
     const UUID timeBased = newUUID(TIME_SNAP_VERSION_1);
     EXPECT_EQ(timeBased[6] >> 4, 1);
     EXPECT_EQ(timeBased[8] & 0xC0, 0x80);
@@ -149,7 +155,7 @@ TEST(UIDFactory, UUIDVersionsVariantAndNode)
 
 TEST(UIDFactory, UMID32LabelAndInstanceNumbers)
 {
-    ScopedEnvironment normal("deterministic_uids", std::nullopt);
+    ScopedEnvironment normal{"deterministic_uids"};
     const Bytes label = {0x06, 0x0a, 0x2b, 0x34, 0x01, 0x01, 0x01, 0x05, 0x01, 0x01};
     const UMID32 prs = newUMID32(0x01, MNMI_SMPTE, INMI_24BIT_PRS, 0x44332211);
     EXPECT_EQ(Bytes(prs.data(), prs.data() + 10), label);
@@ -169,11 +175,10 @@ TEST(UIDFactory, UMID32LabelAndInstanceNumbers)
 
 TEST(UIDFactory, UMID32MaterialNumbers)
 {
-    ScopedEnvironment normal("deterministic_uids", std::nullopt);
+    ScopedEnvironment normal{"deterministic_uids"};
     const UMID32 smpte = newUMID32(0x01, MNMI_SMPTE, INMI_24BIT_PRN);
     const Byte* material = smpte.data() + 16;
-    const auto sinceMidnight = std::uint32_t(material[0]) | std::uint32_t(material[1]) << 8 |
-                               std::uint32_t(material[2]) << 16 | std::uint32_t(material[3]) << 24;
+    const std::uint32_t sinceMidnight = littleEndian32(material);
     EXPECT_LT(sinceMidnight, 86400000u);
     EXPECT_NEAR(double(bcdDate(material + 4)), double(todaysModifiedJulianDate()), 1.0);
     EXPECT_EQ(material[7] & 0x80, 0x80);
@@ -209,16 +214,11 @@ TEST(UIDFactory, DeterministicModeCountsInTheFirstFourBytes)
     const UUID second = newUUID(TIME_SNAP_VERSION_4);
     EXPECT_EQ(Bytes(first.data() + 4, first.data() + 16), Bytes(12, 0x01));
     EXPECT_EQ(Bytes(second.data() + 4, second.data() + 16), Bytes(12, 0x01));
-    const auto count = [](const Byte* b)
-    {
-        return std::uint32_t(b[0]) | std::uint32_t(b[1]) << 8 | std::uint32_t(b[2]) << 16 |
-               std::uint32_t(b[3]) << 24;
-    };
-    EXPECT_EQ(count(second.data()), count(first.data()) + 1);
+    EXPECT_EQ(littleEndian32(second.data()), littleEndian32(first.data()) + 1);
 
     // No label prefix either: everything is counter and 0x01.
     const UMID32 umid = newUMID32(0x01, MNMI_MASKED, INMI_24BIT_PRN);
-    EXPECT_EQ(count(umid.data()), count(second.data()) + 1);
+    EXPECT_EQ(littleEndian32(umid.data()), littleEndian32(second.data()) + 1);
     EXPECT_EQ(Bytes(umid.data() + 4, umid.data() + 32), Bytes(28, 0x01));
 
     for (const char* value : {"TRUE", "1", "false"})
@@ -242,7 +242,7 @@ TEST(UIDFactory, TwoRunsInDeterministicModeMakeTheSameIdentifiers)
 
 TEST(UIDFactory, ThreadsGetDistinctUUIDs)
 {
-    ScopedEnvironment normal("deterministic_uids", std::nullopt);
+    ScopedEnvironment normal{"deterministic_uids"};
     std::vector<std::vector<Bytes>> made(4);
     std::vector<std::thread> threads;
     for (auto& list : made)

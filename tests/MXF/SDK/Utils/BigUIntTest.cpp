@@ -1,10 +1,12 @@
 #include "MXF/SDK/Utils/BigUInt.h"
 
 #include "MXF/SDK/Exceptions/Exceptions.h"
+#include "TestSupport.h"
 
 #include <gtest/gtest.h>
 
 using namespace MXF::SDK;
+using Halvorn::Test::Support::thrownMessage;
 using Utils::BigUInt;
 
 TEST(BigUInt, ZeroComparesEqualInItsBaseAndRefusesAnotherBase)
@@ -12,15 +14,9 @@ TEST(BigUInt, ZeroComparesEqualInItsBaseAndRefusesAnotherBase)
     const BigUInt zero(0, Utils::DECIMAL);
     EXPECT_EQ(zero.compare(BigUInt(0, Utils::DECIMAL)), 1);
     EXPECT_EQ(zero.toString(), "0");
-    try
-    {
-        zero.compare(BigUInt(0, Utils::HEXADECIMAL));
-        FAIL() << "no exception";
-    }
-    catch (const Exceptions::InvalidValue& e)
-    {
-        EXPECT_EQ(e.message(), L"base_ == compar.base_: The two objects, must have the same base.");
-    }
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidValue>(
+                  [&] { zero.compare(BigUInt(0, Utils::HEXADECIMAL)); }),
+              L"base_ == compar.base_: The two objects, must have the same base.");
 }
 
 TEST(BigUInt, PrintsInEveryBase)
@@ -53,17 +49,9 @@ TEST(BigUInt, ArithmeticPastSixtyFourBits)
 TEST(BigUInt, RefusesBasesOutsideTwoToSixteen)
 {
     for (const auto base : {Platform::Int16(1), Platform::Int16(17), Platform::Int16(-2)})
-    {
-        try
-        {
-            BigUInt(1, base);
-            ADD_FAILURE() << "base " << base << " accepted";
-        }
-        catch (const Exceptions::InvalidValue& e)
-        {
-            EXPECT_EQ(e.message(), L"IS_INSIDE(MXF::SDK::Platform::Int16 (BINARY), base, "
-                                   L"MXF::SDK::Platform::Int16 (HEXADECIMAL)): Invalid base.");
-        }
-    }
+        EXPECT_EQ(thrownMessage<Exceptions::InvalidValue>([&] { BigUInt(1, base); }),
+                  L"IS_INSIDE(MXF::SDK::Platform::Int16 (BINARY), base, "
+                  L"MXF::SDK::Platform::Int16 (HEXADECIMAL)): Invalid base.")
+            << base;
     EXPECT_THROW(BigUInt("12g", Utils::HEXADECIMAL), Exceptions::InvalidValue);
 }

@@ -1,6 +1,7 @@
 #include "MXF/SDK/Utils/TimeCode.h"
 
 #include "MXF/SDK/Exceptions/Exceptions.h"
+#include "TestSupport.h"
 
 #include <fstream>
 #include <functional>
@@ -9,6 +10,7 @@
 #include <tuple>
 
 using namespace MXF::SDK;
+using Halvorn::Test::Support::thrownMessage;
 using Utils::TimeCode;
 
 namespace
@@ -22,19 +24,6 @@ std::int64_t dropFrameCount(int nominalRate, int h, int m, int s, int f)
     const int totalMinutes = 60 * h + m;
     return (3600LL * h + 60 * m + s) * nominalRate + f -
            std::int64_t(dropped) * (totalMinutes - totalMinutes / 10);
-}
-
-std::wstring failure(const std::function<void()>& call)
-{
-    try
-    {
-        call();
-    }
-    catch (const Exceptions::InvalidValue& e)
-    {
-        return e.message();
-    }
-    return L"no exception";
 }
 
 } // namespace
@@ -64,7 +53,7 @@ TEST(TimeCode, DropFrameAt2997SkipsTwoLabelsAMinuteExceptEveryTenth)
             EXPECT_THROW(TimeCode(30, 0, m, 0, 1, true), Exceptions::InvalidValue);
         }
     }
-    EXPECT_EQ(failure([] { TimeCode(30, 0, 1, 0, 0, true); }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidValue>([] { TimeCode(30, 0, 1, 0, 0, true); }),
               L"Invalid value of 00:01:00:00 for 30 fps drop frame timecode");
 }
 
@@ -111,10 +100,11 @@ TEST(TimeCode, FieldPhaseAtFiftyAndSixty)
     ++tc;
     EXPECT_EQ(tc.toString(true), L"00:00:01:00.0");
     EXPECT_EQ(TimeCode(60, 0, 0, 0, 0, true).toString(true, true), L"00:00:00:00.0 (DF)");
-    EXPECT_EQ(failure([] { TimeCode(25, 0, 0, 0, 0, false, true); }),
-              L"this -> multiplexFactor () != 1: Field Phase value is only supported for frame "
-              L"rate of 60 or 50.");
-    EXPECT_EQ(failure([] { TimeCode(50, 0, 0, 0, 25); }),
+    EXPECT_EQ(
+        thrownMessage<Exceptions::InvalidValue>([] { TimeCode(25, 0, 0, 0, 0, false, true); }),
+        L"this -> multiplexFactor () != 1: Field Phase value is only supported for frame "
+        L"rate of 60 or 50.");
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidValue>([] { TimeCode(50, 0, 0, 0, 25); }),
               L"Invalid value of 00:00:00:25 for 50 fps timecode");
 }
 
@@ -124,11 +114,12 @@ TEST(TimeCode, InvalidValuesAndRefusedChanges)
     EXPECT_EQ(negative.toString(), L"--:--:--:--");
     EXPECT_EQ(negative, TimeCode(30, std::int64_t(-5), false));
     EXPECT_FALSE(negative == TimeCode(25));
-    EXPECT_EQ(failure([] { TimeCode(25, std::int64_t(10), true); }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidValue>([] { TimeCode(25, std::int64_t(10), true); }),
               L"Drop frame only allowed in 30 or 60 fps timecode and not for 25 fps timecode.");
-    EXPECT_EQ(failure([] { TimeCode(25, 24, 0, 0, 0); }),
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidValue>([] { TimeCode(25, 24, 0, 0, 0); }),
               L"Invalid value of 24:00:00:00 for 25 fps timecode");
-    EXPECT_EQ(failure([] { TimeCode(std::uint8_t(0)); }), L"frameRate_ > 0: Invalid frameRate.");
+    EXPECT_EQ(thrownMessage<Exceptions::InvalidValue>([] { TimeCode(std::uint8_t(0)); }),
+              L"frameRate_ > 0: Invalid frameRate.");
     TimeCode tc(25, 10, 0, 0, 0);
     EXPECT_THROW(tc.setMinutes(60), Exceptions::InvalidValue);
     EXPECT_THROW(tc.setDropFrame(true), Exceptions::InvalidValue);

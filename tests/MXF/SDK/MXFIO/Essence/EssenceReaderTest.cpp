@@ -341,12 +341,6 @@ std::unique_ptr<Reader2> readerOfBytes(const Bytes& bytes)
                                      65536);
 }
 
-void putBigEndian(Bytes& bytes, std::size_t at, std::uint64_t value, int width)
-{
-    for (int i = 0; i < width; ++i)
-        bytes[at + i] = std::uint8_t(value >> (8 * (width - 1 - i)));
-}
-
 } // namespace
 
 TEST(EssenceReaderTest, SlicesHoldWhatFFmpegDelivers)
@@ -387,12 +381,12 @@ TEST(EssenceReaderTest, DurationAndStreamOffsetTexts)
         const std::uint64_t units = std::uint64_t(clean->storage->trackDuration(number));
         Bytes bytes = fileBytes("opatom_mpeg2.mxf");
         Bytes pattern = {0x02, 0x02, 0x00, 0x08, 0, 0, 0, 0, 0, 0, 0, 0};
-        putBigEndian(pattern, 4, units, 8);
+        put(pattern, 4, units, 8);
         int changed = 0;
         for (auto at = bytes.begin();
              (at = std::search(at, bytes.end(), pattern.begin(), pattern.end())) != bytes.end();
              ++changed)
-            putBigEndian(bytes, std::size_t(at - bytes.begin()) + 4, units + 2, 8);
+            put(bytes, std::size_t(at - bytes.begin()) + 4, units + 2, 8);
         ASSERT_GT(changed, 0);
         auto reader = readerOfBytes(bytes);
         auto metadata = reader->latestHeaderMetadataPartition().metadata();
@@ -435,7 +429,7 @@ TEST(EssenceReaderTest, DurationAndStreamOffsetTexts)
     ASSERT_EQ(pack, 1085952u);
     // Key, BER length, then major and minor version, KAG size, five 64-bit fields, IndexSID.
     const std::size_t value = pack + 16 + 1 + (bytes[pack + 16] & 0x7F);
-    putBigEndian(bytes, value + 52, 1079296 + 0x100000, 8);
+    put(bytes, value + 52, 1079296 + 0x100000, 8);
     auto gap = readerOfBytes(bytes);
     EXPECT_EQ(exceptionText([&] { EssenceUtils::absolutePosition(*gap, 1, 1079296); }),
               "Expected body offset of partition 0x107800 is higher than begin of next partition "
