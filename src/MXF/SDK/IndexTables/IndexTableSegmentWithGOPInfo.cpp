@@ -8,6 +8,24 @@ namespace MXF::SDK::IndexTables
 using Platform::Int64;
 using Platform::UInt32;
 
+namespace
+{
+
+// Positions come from the file: a sum that leaves 64 bits is no position.
+bool add(Int64 a, Int64 b, Int64& sum)
+{
+    return !__builtin_add_overflow(a, b, &sum);
+}
+
+bool consecutive(const IndexTableSegment& first, const IndexTableSegment& second)
+{
+    Int64 end = 0;
+    return add(first.indexStartPosition().value(), first.indexDuration().value(), end) &&
+           end == second.indexStartPosition().value();
+}
+
+} // namespace
+
 IndexTableSegmentWithGOPInfo::IndexTableSegmentWithGOPInfo() = default;
 
 IndexTableSegmentWithGOPInfo::IndexTableSegmentWithGOPInfo(const KLV::Key& key,
@@ -36,9 +54,14 @@ void IndexTableSegmentWithGOPInfo::rebuild()
     for (UInt32 i = 0; i < count; ++i)
     {
         const IndexEntry entry = indexEntry(i);
-        const Int64 position = start + i;
-        const Int64 keyFrame =
-            entry.isRandomAccess() ? position : position + entry.keyFrameOffset();
+        Int64 position = 0;
+        Int64 keyFrame = 0;
+        if (!add(start, i, position))
+            break;
+        if (entry.isRandomAccess())
+            keyFrame = position;
+        else if (!add(position, entry.keyFrameOffset(), keyFrame))
+            continue;
         // A key frame before the start is known only through the segment before.
         if (keyFrame >= start)
             gopInfoVector_[i] = {keyFrame, keyFrame - position};
@@ -51,9 +74,7 @@ void IndexTableSegmentWithGOPInfo::update(const IndexTableSegmentWithGOPInfo* pr
     rebuild();
     if (previous && previous->isComplete())
     {
-        MXF_SDK_CHECK_AS(previous->indexStartPosition().value() +
-                                 previous->indexDuration().value() ==
-                             this->indexStartPosition().value(),
+        MXF_SDK_CHECK_AS(consecutive(*previous, *this),
                          "previous -> indexStartPosition ().value () + previous -> indexDuration "
                          "().value () == this -> indexStartPosition ().value ()",
                          "Trying to update non-consecutive IndexTableSegmentWithGOPInfo's.",
@@ -67,14 +88,20 @@ void IndexTableSegmentWithGOPInfo::update(const IndexTableSegmentWithGOPInfo* pr
                              "length.",
                              Exceptions::InvalidIndexSegment);
             const Int64 start = indexStartPosition().value();
-            for (UInt32 i = 0; i < gopInfoVector_.size() && gopInfoVector_[i].gopPosition < 0; ++i)
-                gopInfoVector_[i] = {lastInfoFromPrevious.gopPosition,
-                                     lastInfoFromPrevious.gopPosition - (start + i)};
+            // The start and the previous segment's end are one position, so none of these sums
+            // leaves 64 bits unless the last GOP lies far before it; such an entry stays unknown.
+            Int64 position = 0;
+            Int64 offset = 0;
+            for (UInt32 i = 0;
+                 i < gopInfoVector_.size() && gopInfoVector_[i].gopPosition < 0 &&
+                 add(start, i, position) &&
+                 !__builtin_sub_overflow(lastInfoFromPrevious.gopPosition, position, &offset);
+                 ++i)
+                gopInfoVector_[i] = {lastInfoFromPrevious.gopPosition, offset};
         }
     }
     if (next && next->isComplete())
-        MXF_SDK_CHECK_AS(this->indexStartPosition().value() + this->indexDuration().value() ==
-                             next->indexStartPosition().value(),
+        MXF_SDK_CHECK_AS(consecutive(*this, *next),
                          "this -> indexStartPosition ().value () + this -> indexDuration ().value "
                          "() == next -> indexStartPosition ().value ()",
                          "Trying to update non-consecutive IndexTableSegmentWithGOPInfo's.",

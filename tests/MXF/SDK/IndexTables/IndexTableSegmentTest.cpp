@@ -9,6 +9,7 @@
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 
 using namespace Halvorn::Test;
 using MXF::SDK::Platform::Int64;
@@ -414,6 +415,20 @@ TEST(IndexTableSegmentWithGOPInfo, CarriesTheGOPAcrossTheBoundary)
     const auto partial = gopSegment(0, 7, {0, -1});
     after.update(&partial, &partial);
     EXPECT_EQ(after.gopInfo(0).gopPosition, -1);
+
+    // Positions at the ends of 64 bits: entries whose position or key frame would leave them stay
+    // unknown, and a neighbour whose end would leave them is not consecutive.
+    const Int64 max = std::numeric_limits<Int64>::max();
+    const auto top = gopSegment(max - 1, 3, {0, -1, -2});
+    EXPECT_EQ(top.gopInfo(0).gopPosition, max - 1);
+    EXPECT_EQ(top.gopInfo(1).gopPosition, max - 1);
+    EXPECT_EQ(top.gopInfo(2).gopPosition, -1);
+    EXPECT_EQ(gopSegment(std::numeric_limits<Int64>::min(), 1, {-1}).gopInfo(0).gopPosition, -1);
+    auto wrapped = gopSegment(std::numeric_limits<Int64>::min() + 1, 1, {0});
+    EXPECT_EQ(text([&] { wrapped.update(&top, nullptr); }),
+              "previous -> indexStartPosition ().value () + previous -> indexDuration ().value "
+              "() == this -> indexStartPosition ().value (): Trying to update non-consecutive "
+              "IndexTableSegmentWithGOPInfo's.");
 }
 
 } // namespace
